@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs the whole test suite (GUI tests on a virtual display).
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+nebro_install_missing
+nebro_build
+cd "$NEBRO_BUILD"
+# A controlled environment: no user settings, a fixed locale, a private config folder.
+tmp_home=$(mktemp -d)
+trap 'rm -rf "$tmp_home"' EXIT
+export XDG_CONFIG_HOME="$tmp_home/config" HOME="$tmp_home" LC_ALL=C.UTF-8 NO_AT_BRIDGE=1
+xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure --parallel "$(nproc)" "$@"

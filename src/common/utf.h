@@ -1,0 +1,19 @@
+// Conversions between the editor's UTF-8 bytes and the UTF-16 text used by the settings file,
+// the regex engine and the Markdown renderer.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace nebro {
+
+// Each byte that does not start a well-formed UTF-8 sequence becomes one U+FFFD.
+std::u16string Utf8ToUtf16(std::string_view utf8);
+
+// Each unpaired surrogate becomes U+FFFD.
+std::string Utf16ToUtf8(std::u16string_view utf16);
+
+// Appends the UTF-8 form of one code point (which must be a scalar value) to `out`.
+void AppendUtf8(std::string& out, char32_t codePoint);
+
+}  // namespace nebro

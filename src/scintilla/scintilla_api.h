@@ -1,0 +1,321 @@
+// The Scintilla and Lexilla names this program uses, declared by their published names and
+// numbers. No Debian package ships Scintilla 5's C headers, so the numbers live here; a unit test
+// compares every one of them with the published headers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace nebro::sci {
+
+using uptr_t = uintptr_t;
+using sptr_t = intptr_t;
+using Sci_Position = ptrdiff_t;
+
+// X(name, value) for every message, notification and constant the program uses.
+#define NEBRO_SCINTILLA_CONSTANTS(X) \
+  X(SCI_START, 2000) \
+  X(SCI_GETLENGTH, 2006) \
+  X(SCI_GETTEXT, 2182) \
+  X(SCI_SETTEXT, 2181) \
+  X(SCI_GETCHARAT, 2007) \
+  X(SCI_GETLINECOUNT, 2154) \
+  X(SCI_LINEFROMPOSITION, 2166) \
+  X(SCI_POSITIONFROMLINE, 2167) \
+  X(SCI_GETLINEENDPOSITION, 2136) \
+  X(SCI_LINELENGTH, 2350) \
+  X(SCI_GETLINE, 2153) \
+  X(SCI_GETCURRENTPOS, 2008) \
+  X(SCI_SETCURRENTPOS, 2141) \
+  X(SCI_GETANCHOR, 2009) \
+  X(SCI_SETANCHOR, 2026) \
+  X(SCI_GETSELECTIONSTART, 2143) \
+  X(SCI_GETSELECTIONEND, 2145) \
+  X(SCI_SETSEL, 2160) \
+  X(SCI_GOTOPOS, 2025) \
+  X(SCI_SELECTALL, 2013) \
+  X(SCI_UNDO, 2176) \
+  X(SCI_REDO, 2011) \
+  X(SCI_CUT, 2177) \
+  X(SCI_COPY, 2178) \
+  X(SCI_PASTE, 2179) \
+  X(SCI_CLEAR, 2180) \
+  X(SCI_CANUNDO, 2174) \
+  X(SCI_CANREDO, 2016) \
+  X(SCI_CANPASTE, 2173) \
+  X(SCI_EMPTYUNDOBUFFER, 2175) \
+  X(SCI_SETSAVEPOINT, 2014) \
+  X(SCI_SETREADONLY, 2171) \
+  X(SCI_GETREADONLY, 2140) \
+  X(SCI_GETMODIFY, 2159) \
+  X(SCI_SETEOLMODE, 2031) \
+  X(SCI_GETEOLMODE, 2030) \
+  X(SCI_CONVERTEOLS, 2029) \
+  X(SCI_SETCODEPAGE, 2037) \
+  X(SCI_GETCODEPAGE, 2137) \
+  X(SCI_STYLESETFORE, 2051) \
+  X(SCI_STYLESETBACK, 2052) \
+  X(SCI_STYLESETBOLD, 2053) \
+  X(SCI_STYLESETITALIC, 2054) \
+  X(SCI_STYLESETFONT, 2056) \
+  X(SCI_STYLESETSIZE, 2055) \
+  X(SCI_STYLECLEARALL, 2050) \
+  X(SCI_STYLEGETFORE, 2481) \
+  X(SCI_STYLEGETBACK, 2482) \
+  X(SCI_STYLEGETBOLD, 2483) \
+  X(SCI_STYLEGETITALIC, 2484) \
+  X(SCI_STYLEGETSIZE, 2485) \
+  X(SCI_STYLEGETFONT, 2486) \
+  X(SCI_SETFOLDMARGINCOLOUR, 2290) \
+  X(SCI_SETFOLDMARGINHICOLOUR, 2291) \
+  X(SCI_SETCARETFORE, 2069) \
+  X(SCI_GETCARETFORE, 2138) \
+  X(SCI_SETSELBACK, 2068) \
+  X(SCI_SETSELFORE, 2067) \
+  X(SCI_SETMARGINWIDTHN, 2242) \
+  X(SCI_GETMARGINWIDTHN, 2243) \
+  X(SCI_SETMARGINBACKN, 2250) \
+  X(SCI_GETMARGINBACKN, 2251) \
+  X(SCI_SETCARETPERIOD, 2076) \
+  X(SCI_GETCARETPERIOD, 2075) \
+  X(SCI_SETCARETWIDTH, 2188) \
+  X(SCI_SETWRAPMODE, 2268) \
+  X(SCI_GETWRAPMODE, 2269) \
+  X(SCI_SETHSCROLLBAR, 2130) \
+  X(SCI_GETHSCROLLBAR, 2131) \
+  X(SCI_SETVSCROLLBAR, 2280) \
+  X(SCI_SETMARGINLEFT, 2155) \
+  X(SCI_GETMARGINLEFT, 2156) \
+  X(SCI_SETMARGINRIGHT, 2157) \
+  X(SCI_SETKEYWORDS, 4005) \
+  X(SCI_GETLEXER, 4002) \
+  X(SCI_CREATEDOCUMENT, 2375) \
+  X(SCI_CREATELOADER, 2632) \
+  X(SCI_SETDOCPOINTER, 2358) \
+  X(SCI_GETDOCPOINTER, 2357) \
+  X(SCI_ADDREFDOCUMENT, 2376) \
+  X(SCI_RELEASEDOCUMENT, 2377) \
+  X(SCI_GETSTATUS, 2383) \
+  X(SCI_SETSTATUS, 2382) \
+  X(SCI_COLOURISE, 4003) \
+  X(SCI_GETSTYLEAT, 2010) \
+  X(SCI_GETSTYLEDTEXT, 2015) \
+  X(SCI_GETFIRSTVISIBLELINE, 2152) \
+  X(SCI_SETFIRSTVISIBLELINE, 2613) \
+  X(SCI_LINESONSCREEN, 2370) \
+  X(SCI_VISIBLEFROMDOCLINE, 2220) \
+  X(SCI_DOCLINEFROMVISIBLE, 2221) \
+  X(SCI_TEXTHEIGHT, 2279) \
+  X(SCI_TEXTWIDTH, 2276) \
+  X(SCI_GETZOOM, 2374) \
+  X(SCI_SETZOOM, 2373) \
+  X(SCI_POINTXFROMPOSITION, 2164) \
+  X(SCI_POINTYFROMPOSITION, 2165) \
+  X(SCI_POSITIONFROMPOINT, 2022) \
+  X(SCI_SETINDICATORCURRENT, 2500) \
+  X(SCI_INDICATORCLEARRANGE, 2505) \
+  X(SCI_INDICATORFILLRANGE, 2504) \
+  X(SCI_INDICSETSTYLE, 2080) \
+  X(SCI_INDICSETFORE, 2082) \
+  X(SCI_INDICSETALPHA, 2523) \
+  X(SCI_INDICSETUNDER, 2510) \
+  X(SCI_INDICSETOUTLINEALPHA, 2558) \
+  X(SCI_SETTARGETSTART, 2190) \
+  X(SCI_SETTARGETEND, 2192) \
+  X(SCI_SETTARGETRANGE, 2686) \
+  X(SCI_GETTARGETSTART, 2191) \
+  X(SCI_GETTARGETEND, 2193) \
+  X(SCI_REPLACETARGET, 2194) \
+  X(SCI_SEARCHINTARGET, 2197) \
+  X(SCI_SETSEARCHFLAGS, 2198) \
+  X(SCI_FINDTEXT, 2150) \
+  X(SCI_SCROLLCARET, 2169) \
+  X(SCI_ENSUREVISIBLE, 2232) \
+  X(SCI_SETFOCUS, 2380) \
+  X(SCI_GRABFOCUS, 2400) \
+  X(SCI_GETTEXTRANGE, 2162) \
+  X(SCI_BEGINUNDOACTION, 2078) \
+  X(SCI_ENDUNDOACTION, 2079) \
+  X(SCI_USEPOPUP, 2371) \
+  X(SCI_SETBUFFEREDDRAW, 2035) \
+  X(SCI_SETLAYOUTCACHE, 2272) \
+  X(SCI_WRAPCOUNT, 2235) \
+  X(SCI_SETSCROLLWIDTHTRACKING, 2516) \
+  X(SCI_SETSCROLLWIDTH, 2274) \
+  X(SCI_SETMODEVENTMASK, 2359) \
+  X(SCI_APPENDTEXT, 2282) \
+  X(SCI_ADDTEXT, 2001) \
+  X(SCI_INSERTTEXT, 2003) \
+  X(SCI_DELETERANGE, 2645) \
+  X(SCI_CLEARALL, 2004) \
+  X(SCI_GETCHARACTERPOINTER, 2520) \
+  X(SCI_GETRANGEPOINTER, 2643) \
+  X(SCI_SETTABWIDTH, 2036) \
+  X(SCI_SETCARETLINEVISIBLE, 2096) \
+  X(SCI_SETSELECTIONMODE, 2422) \
+  X(SCI_REPLACESEL, 2170) \
+  X(SCI_SETXOFFSET, 2397) \
+  X(SCI_GETXOFFSET, 2398) \
+  X(SCI_SETIDLESTYLING, 2692) \
+  X(SCI_GETSELTEXT, 2161) \
+  X(SCI_GETTEXTLENGTH, 2183) \
+  X(SCI_SETEXTRAASCENT, 2525) \
+  X(SCI_SETEXTRADESCENT, 2527) \
+  X(SCI_GETLINEVISIBLE, 2228) \
+  X(SCI_MARGINSETTEXT, 2530) \
+  X(SCN_MODIFIED, 2008) \
+  X(SCN_UPDATEUI, 2007) \
+  X(SCN_ZOOM, 2018) \
+  X(SCN_CHARADDED, 2001) \
+  X(SCN_PAINTED, 2013) \
+  X(SCN_FOCUSIN, 2028) \
+  X(SCN_FOCUSOUT, 2029) \
+  X(SCN_SAVEPOINTREACHED, 2002) \
+  X(SCN_SAVEPOINTLEFT, 2003) \
+  X(SCN_URIDROPPED, 2015) \
+  X(SCN_KEY, 2005) \
+  X(SCN_DOUBLECLICK, 2006) \
+  X(SC_MOD_INSERTTEXT, 0x1) \
+  X(SC_MOD_DELETETEXT, 0x2) \
+  X(SC_PERFORMED_USER, 0x10) \
+  X(SC_PERFORMED_UNDO, 0x20) \
+  X(SC_PERFORMED_REDO, 0x40) \
+  X(SC_MODEVENTMASKALL, 0x7FFFFF) \
+  X(SC_EOL_CRLF, 0) \
+  X(SC_EOL_CR, 1) \
+  X(SC_EOL_LF, 2) \
+  X(SC_CP_UTF8, 65001) \
+  X(SC_WRAP_NONE, 0) \
+  X(SC_WRAP_WORD, 1) \
+  X(SC_UPDATE_CONTENT, 0x1) \
+  X(SC_UPDATE_SELECTION, 0x2) \
+  X(SC_UPDATE_V_SCROLL, 0x4) \
+  X(SC_UPDATE_H_SCROLL, 0x8) \
+  X(SC_DOCUMENTOPTION_DEFAULT, 0) \
+  X(SC_DOCUMENTOPTION_STYLES_NONE, 0x1) \
+  X(SC_DOCUMENTOPTION_TEXT_LARGE, 0x100) \
+  X(SC_STATUS_OK, 0) \
+  X(SC_STATUS_FAILURE, 1) \
+  X(SC_STATUS_BADALLOC, 2) \
+  X(SC_STATUS_WARN_START, 1000) \
+  X(SCFIND_MATCHCASE, 0x4) \
+  X(SCFIND_WHOLEWORD, 0x2) \
+  X(SCFIND_REGEXP, 0x00200000) \
+  X(SCFIND_CXX11REGEX, 0x00800000) \
+  X(SC_CACHE_PAGE, 2) \
+  X(SC_CACHE_DOCUMENT, 3) \
+  X(INDIC_ROUNDBOX, 7) \
+  X(INDIC_STRAIGHTBOX, 8) \
+  X(INDIC_FULLBOX, 16) \
+  X(INDIC_PLAIN, 0) \
+  X(STYLE_DEFAULT, 32) \
+  X(STYLE_LINENUMBER, 33) \
+  X(STYLE_MAX, 255) \
+  X(SC_MARGIN_NUMBER, 1) \
+  X(SC_POPUP_NEVER, 0) \
+  X(SC_SEL_STREAM, 0) \
+  X(SC_IDLESTYLING_NONE, 0) \
+  X(SC_IDLESTYLING_ALL, 3) \
+  X(SC_WEIGHT_NORMAL, 400) \
+  X(SC_WEIGHT_BOLD, 700) \
+  X(INVALID_POSITION, -1) \
+  X(SCLEX_NULL, 1) \
+  X(SCLEX_PYTHON, 2) \
+  X(SCLEX_CPP, 3) \
+  X(SCLEX_HTML, 4) \
+  X(SCLEX_XML, 5) \
+  X(SCLEX_SQL, 7) \
+  X(SCLEX_BATCH, 12) \
+  X(SCLEX_LUA, 15) \
+  X(SCLEX_CSS, 38) \
+  X(SCLEX_MARKDOWN, 98) \
+  X(SCLEX_JSON, 120) \
+  X(SCE_C_DEFAULT, 0) \
+  X(SCE_C_COMMENT, 1) \
+  X(SCE_C_COMMENTLINE, 2) \
+  X(SCE_C_NUMBER, 4) \
+  X(SCE_C_WORD, 5) \
+  X(SCE_C_STRING, 6) \
+  X(SCE_C_PREPROCESSOR, 9) \
+  X(SCE_C_OPERATOR, 10) \
+  X(SCE_C_IDENTIFIER, 11) \
+  X(SCE_C_WORD2, 16) \
+  X(SCE_P_WORD, 5) \
+  X(SCE_H_TAG, 1) \
+  X(SCE_MARKDOWN_HEADER1, 6) \
+  X(SCE_MARKDOWN_CODE, 19)
+
+// Newer than the published headers the test compares with; checked by hand against
+// Scintilla 5's documentation instead.
+#define NEBRO_SCINTILLA_NEWER_CONSTANTS(X) \
+  X(SCI_SETILEXER, 4033)
+
+#define NEBRO_DECLARE_CONSTANT(name, value) inline constexpr long name = value;
+NEBRO_SCINTILLA_CONSTANTS(NEBRO_DECLARE_CONSTANT)
+NEBRO_SCINTILLA_NEWER_CONSTANTS(NEBRO_DECLARE_CONSTANT)
+#undef NEBRO_DECLARE_CONSTANT
+
+struct Sci_NotifyHeader {
+  void* hwndFrom;
+  uptr_t idFrom;
+  unsigned int code;
+};
+
+struct SCNotification {
+  Sci_NotifyHeader nmhdr;
+  Sci_Position position;
+  int ch;
+  int modifiers;
+  int modificationType;
+  const char* text;
+  Sci_Position length;
+  Sci_Position linesAdded;
+  int message;
+  uptr_t wParam;
+  sptr_t lParam;
+  Sci_Position line;
+  int foldLevelNow;
+  int foldLevelPrev;
+  int margin;
+  int listType;
+  int x;
+  int y;
+  int token;
+  Sci_Position annotationLinesAdded;
+  int updated;
+  int listCompletionMethod;
+  int characterSource;
+};
+
+struct Sci_CharacterRange {
+  long cpMin;
+  long cpMax;
+};
+
+struct Sci_TextRange {
+  Sci_CharacterRange chrg;
+  char* lpstrText;
+};
+
+struct Sci_TextToFind {
+  Sci_CharacterRange chrg;
+  const char* lpstrText;
+  Sci_CharacterRange chrgText;
+};
+
+// The document loader returned by SCI_CREATELOADER.
+class ILoader {
+ public:
+  virtual int Release() = 0;
+  virtual int AddData(const char* data, Sci_Position length) = 0;
+  virtual void* ConvertToDocument() = 0;
+};
+
+// Lexilla's lexer objects are opaque here: they are created and handed to SCI_SETILEXER.
+using ILexer = void;
+using CreateLexerFunction = ILexer* (*)(const char* name);
+
+// The signal the GTK widget emits for notifications.
+inline constexpr const char* kNotifySignal = "sci-notify";
+
+}  // namespace nebro::sci

@@ -1,0 +1,105 @@
+#include "scintilla/scintilla_loader_gtk.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <climits>
+
+namespace nebro::sci {
+namespace {
+
+using NewFn = GtkWidget* (*)();
+using SendFn = sptr_t (*)(void*, unsigned int, uptr_t, sptr_t);
+
+void* scintillaModule = nullptr;
+void* lexillaModule = nullptr;
+NewFn newEditor = nullptr;
+SendFn sendMessage = nullptr;
+CreateLexerFunction createLexer = nullptr;
+
+// dlsym hands back an object pointer; one typed conversion for every entry point.
+template <typename F>
+F Symbol(void* module, const char* name) {
+  return reinterpret_cast<F>(dlsym(module, name));
+}
+
+void* OpenBesideOrConfigured(const char* fileName) {
+  const std::string folders[] = {ExecutableFolder(), NEBRO_SCINTILLA_DIR};
+  for (const std::string& folder : folders) {
+    if (folder.empty()) continue;
+    const std::string path = folder + "/" + fileName;
+    if (access(path.c_str(), F_OK) != 0) continue;
+    // RTLD_GLOBAL is not wanted: the two libraries share no symbols with us.
+    if (void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) return h;
+    g_debug("Nebro: dlopen %s: %s", path.c_str(), dlerror());
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::string ExecutableFolder() {
+  char buf[PATH_MAX];
+  const ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
+  if (n <= 0) return {};
+  std::string path(buf, static_cast<size_t>(n));
+  const auto slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+LoadResult LoadScintilla() {
+  scintillaModule = OpenBesideOrConfigured("libscintilla.so");
+  if (!scintillaModule) return LoadResult::NotFound;
+  newEditor = Symbol<NewFn>(scintillaModule, "scintilla_new");
+  sendMessage = Symbol<SendFn>(scintillaModule, "scintilla_send_message");
+  if (!newEditor || !sendMessage) {
+    UnloadScintilla();
+    return LoadResult::NotFound;
+  }
+  return LoadResult::Ok;
+}
+
+LoadResult LoadLexilla() {
+  lexillaModule = OpenBesideOrConfigured("liblexilla.so");
+  if (!lexillaModule) return LoadResult::NotFound;
+  createLexer = Symbol<CreateLexerFunction>(lexillaModule, "CreateLexer");
+  return createLexer ? LoadResult::Ok : LoadResult::EntryMissing;
+}
+
+void UnloadLexilla() {
+  createLexer = nullptr;
+  if (lexillaModule) dlclose(lexillaModule);
+  lexillaModule = nullptr;
+}
+
+void UnloadScintilla() {
+  // The GTK widget type stays registered with GObject for the life of the process, so the
+  // library must stay mapped; only our entry points are forgotten.
+  newEditor = nullptr;
+  sendMessage = nullptr;
+  scintillaModule = nullptr;
+}
+
+bool ScintillaLoaded() { return sendMessage != nullptr; }
+
+CreateLexerFunction CreateLexerFn() { return createLexer; }
+
+GtkWidget* NewEditor() { return newEditor ? newEditor() : nullptr; }
+
+sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam) {
+  if (!sendMessage || !editor) return 0;
+  const sptr_t result = sendMessage(editor, message, wParam, lParam);
+#ifndef NDEBUG
+  if (message != SCI_GETSTATUS) {
+    const sptr_t status = sendMessage(editor, SCI_GETSTATUS, 0, 0);
+    if (status != SC_STATUS_OK && status < SC_STATUS_WARN_START) {
+      g_warning("Nebro: Scintilla message %u failed with status %ld", message,
+                static_cast<long>(status));
+      sendMessage(editor, SCI_SETSTATUS, SC_STATUS_OK, 0);
+    }
+  }
+#endif
+  return result;
+}
+
+}  // namespace nebro::sci

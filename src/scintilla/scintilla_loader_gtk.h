@@ -1,0 +1,42 @@
+// Run-time loading of libscintilla.so and liblexilla.so, and the one checked way to send
+// Scintilla messages.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
+
+#include "scintilla/scintilla_api.h"
+
+namespace nebro::sci {
+
+enum class LoadResult { Ok, NotFound, EntryMissing };
+
+// Looks beside the executable first, then in the configured folder.
+LoadResult LoadScintilla();
+LoadResult LoadLexilla();  // also fetches CreateLexer; EntryMissing when it is absent
+void UnloadLexilla();
+void UnloadScintilla();
+bool ScintillaLoaded();
+
+// Null when liblexilla.so is not loaded or lacks CreateLexer.
+CreateLexerFunction CreateLexerFn();
+
+// A new editor widget, or null when the library is not loaded.
+GtkWidget* NewEditor();
+
+// Sends a message to an editor widget. In debug builds a failure status is logged with the
+// caller's place.
+sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam = 0, sptr_t lParam = 0);
+
+inline sptr_t Send(GtkWidget* editor, long message, uptr_t wParam = 0, sptr_t lParam = 0) {
+  return Send(editor, static_cast<unsigned int>(message), wParam, lParam);
+}
+inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void* p) {
+  return Send(editor, static_cast<unsigned int>(message), wParam, reinterpret_cast<sptr_t>(p));
+}
+
+// The folder of the running executable (for the "beside the executable" search).
+std::string ExecutableFolder();
+
+}  // namespace nebro::sci

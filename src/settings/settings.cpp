@@ -1,0 +1,322 @@
+#include "settings/settings.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <cwctype>
+#include <memory>
+
+namespace nebro {
+
+static_assert(std::endian::native == std::endian::little, "the settings file is little-endian");
+
+AppSettings gSettings;
+
+namespace {
+
+std::string configRoot;
+bool configRootSet = false;
+
+// Visits every field in file order; the writer and the reader are the two visitors, so the
+// order is stated once.
+template <typename S, typename V>
+void VisitFields(S& s, V& v) {
+  v.num(s.theme);
+  v.num(s.fontSize);
+  v.text(s.fontName);
+  v.flag(s.fontBold);
+  v.flag(s.fontItalic);
+  v.flag(s.wordWrap);
+  v.flag(s.lineNumbers);
+  v.flag(s.firstRun);
+  v.num(s.windowX);
+  v.num(s.windowY);
+  v.num(s.windowWidth);
+  v.num(s.windowHeight);
+  v.flag(s.windowMaximized);
+  v.text(s.lastFile);
+  v.num(s.transparency);
+  v.num(s.autoSaveMinutes);
+  v.flag(s.findMatchCase);
+  v.flag(s.findWholeWord);
+  v.flag(s.findWrapAround);
+  v.flag(s.findPreserveCase);
+  v.flag(s.findInSelection);
+  v.flag(s.findColorResults);
+  v.text(s.findHistory);
+  v.text(s.replaceHistory);
+  v.num(s.pageMarginLeft);
+  v.num(s.pageMarginTop);
+  v.num(s.pageMarginRight);
+  v.num(s.pageMarginBottom);
+  v.num(s.paperWidth);
+  v.num(s.paperHeight);
+  v.num(s.previewWidth);
+  v.num(s.previewHeight);
+  v.num(s.helpWidth);
+  v.num(s.helpHeight);
+  v.num(s.helpTopic);
+  v.num(s.reserved0[0]);
+  v.num(s.reserved0[1]);
+  v.num(s.reserved1);
+  v.num(s.reserved2);
+  v.num(s.reserved3);
+  v.text(s.regexPatternHistory);
+  v.text(s.regexReplaceHistory);
+  v.flag(s.regexMatchCase);
+  v.flag(s.regexWholeWord);
+  v.flag(s.regexPreserveCase);
+  v.flag(s.regexIncludeLineNumbers);
+  v.num(s.regexBatchSize);
+  v.num(s.regexMaxMatches);
+  v.num(s.regexOutputFormat);
+  v.flag(s.regexColorResults);
+  v.num(s.reserved4);
+  v.text(s.recentFiles);
+  v.flag(s.soundOnKeyPress);
+  v.flag(s.soundOnNewLine);
+}
+
+struct Writer {
+  std::string out;
+  template <typename T>
+  void num(const T& value) {
+    out.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  void flag(const bool& value) { out.push_back(value ? 1 : 0); }
+  template <typename A>
+  void text(const A& array) {
+    out.append(reinterpret_cast<const char*>(&array), sizeof array);
+  }
+};
+
+struct Reader {
+  const unsigned char* in;
+  template <typename T>
+  void num(T& value) {
+    std::memcpy(&value, in, sizeof value);
+    in += sizeof value;
+  }
+  void flag(bool& value) { value = *in++ != 0; }
+  template <typename A>
+  void text(A& array) {
+    std::memcpy(&array, in, sizeof array);
+    in += sizeof array;
+  }
+};
+
+void PutU32(std::string& out, uint32_t v) { out.append(reinterpret_cast<const char*>(&v), 4); }
+
+uint32_t GetU32(const unsigned char* p) {
+  uint32_t v;
+  std::memcpy(&v, p, 4);
+  return v;
+}
+
+struct FileCloser {
+  void operator()(FILE* f) const { std::fclose(f); }
+};
+using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+char16_t FoldCase(char16_t c) {
+  return static_cast<char16_t>(std::towlower(static_cast<wint_t>(c)));
+}
+
+}  // namespace
+
+void SetDefaultSettings(AppSettings& s) {
+  std::memset(&s, 0, sizeof s);
+  s.fontSize = 11;
+  SetFieldText(s.fontName, u"Consolas");
+  s.wordWrap = true;
+  s.lineNumbers = true;
+  s.firstRun = true;
+  s.windowX = kDefaultPosition;
+  s.windowY = kDefaultPosition;
+  s.windowWidth = 920;
+  s.windowHeight = 660;
+  s.findWrapAround = true;
+  s.findColorResults = true;
+  s.pageMarginLeft = s.pageMarginTop = s.pageMarginRight = s.pageMarginBottom = 1500;
+  s.paperWidth = 21000;
+  s.paperHeight = 29700;
+  s.reserved2 = 4;
+  s.regexIncludeLineNumbers = true;
+  s.regexBatchSize = 3000;
+  s.regexMaxMatches = 10000;
+  s.regexOutputFormat = 1;
+  s.regexColorResults = true;
+  s.reserved4 = 1;
+}
+
+std::string EncodeSettingsRecord(const AppSettings& s) {
+  Writer w;
+  w.out.reserve(kSettingsRecordSize);
+  VisitFields(s, w);
+  return std::move(w.out);
+}
+
+void DecodeSettingsRecord(const unsigned char* bytes, AppSettings& s) {
+  Reader r{bytes};
+  VisitFields(s, r);
+}
+
+uint32_t Fnv1a(const unsigned char* bytes, size_t size) {
+  uint32_t hash = 2166136261u;
+  for (size_t i = 0; i < size; ++i) {
+    hash ^= bytes[i];
+    hash *= 16777619u;
+  }
+  return hash;
+}
+
+bool LoadSettingsFrom(const std::string& path, AppSettings& s) {
+  FilePtr f(std::fopen(path.c_str(), "rb"));
+  unsigned char header[kSettingsHeaderSize];
+  auto record = std::make_unique<unsigned char[]>(kSettingsRecordSize);
+  const bool ok = f && std::fread(header, 1, sizeof header, f.get()) == sizeof header &&
+                  std::memcmp(header, "NEBR", 4) == 0 && GetU32(header + 4) == kSettingsVersion &&
+                  GetU32(header + 8) == kSettingsRecordSize &&
+                  std::fread(record.get(), 1, kSettingsRecordSize, f.get()) == kSettingsRecordSize &&
+                  Fnv1a(record.get(), kSettingsRecordSize) == GetU32(header + 12);
+  if (!ok) {
+    SetDefaultSettings(s);
+    return false;
+  }
+  DecodeSettingsRecord(record.get(), s);
+  return true;
+}
+
+bool SaveSettingsTo(const std::string& path, const AppSettings& s) {
+  const std::string record = EncodeSettingsRecord(s);
+  std::string file = "NEBR";
+  PutU32(file, kSettingsVersion);
+  PutU32(file, kSettingsRecordSize);
+  PutU32(file, Fnv1a(reinterpret_cast<const unsigned char*>(record.data()), record.size()));
+  file += record;
+  FILE* f = std::fopen(path.c_str(), "wb");
+  if (!f) return false;
+  const bool written = std::fwrite(file.data(), 1, file.size(), f) == file.size();
+  const bool closed = std::fclose(f) == 0;
+  return written && closed;
+}
+
+bool LoadSettings(AppSettings& s) { return LoadSettingsFrom(GetSettingsFilePath(), s); }
+bool SaveSettings(const AppSettings& s) { return SaveSettingsTo(GetSettingsFilePath(), s); }
+
+void SetConfigRoot(const std::string& root) {
+  configRoot = root;
+  configRootSet = true;
+}
+
+std::string GetSettingsFolder() {
+  std::string root = configRoot;
+  if (!configRootSet) {
+    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg == '/') root = xdg;
+    else if (const char* home = std::getenv("HOME"); home && *home) root = std::string(home) + "/.config";
+  }
+  if (root.empty()) return {};
+  mkdir(root.c_str(), 0700);  // an existing folder is fine; failures show up when writing
+  const std::string folder = root + "/Nebro";
+  mkdir(folder.c_str(), 0700);
+  return folder;
+}
+
+std::string GetSettingsFilePath() {
+  const std::string folder = GetSettingsFolder();
+  return folder.empty() ? std::string("nebro.cfg") : folder + "/nebro.cfg";
+}
+
+std::string MakeTempPath(const std::string& folder, std::string_view extension) {
+  if (folder.empty()) return {};
+  timespec ts;
+  clock_gettime(CLOCK_REALTIME, &ts);
+  tm local;
+  localtime_r(&ts.tv_sec, &local);
+  char name[64];
+  std::snprintf(name, sizeof name, "/temp_%04d%02d%02d_%02d%02d%02d_%03d", local.tm_year + 1900,
+                local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
+                static_cast<int>(ts.tv_nsec / 1000000));
+  return folder + name + std::string(extension);
+}
+
+std::string MakeTempPdfPath() { return MakeTempPath(GetSettingsFolder(), ".pdf"); }
+
+uint64_t NowTicks() {
+  timespec ts;
+  clock_gettime(CLOCK_REALTIME, &ts);
+  return static_cast<uint64_t>(ts.tv_sec) * 10000000u + static_cast<uint64_t>(ts.tv_nsec) / 100u;
+}
+
+void CleanupTempFilesIn(const std::string& folder, uint64_t nowTicks) {
+  if (folder.empty()) return;
+  const uint64_t cutoff = nowTicks - 864000000000ull;
+  std::unique_ptr<DIR, int (*)(DIR*)> dir(opendir(folder.c_str()), closedir);
+  if (!dir) return;
+  while (const dirent* entry = readdir(dir.get())) {
+    const std::string name = entry->d_name;
+    if (name.rfind("temp_", 0) != 0) continue;
+    const auto dot = name.rfind('.');
+    if (dot == std::string::npos) continue;
+    std::string ext = name.substr(dot);
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (ext != ".html" && ext != ".pdf" && ext != ".txt") continue;
+    const std::string path = folder + "/" + name;
+    struct stat st;
+    if (stat(path.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) continue;
+    const uint64_t written = static_cast<uint64_t>(st.st_mtim.tv_sec) * 10000000u +
+                             static_cast<uint64_t>(st.st_mtim.tv_nsec) / 100u;
+    if (written < cutoff) unlink(path.c_str());  // a failure is retried at the next start
+  }
+}
+
+void CleanupTempFiles() { CleanupTempFilesIn(GetSettingsFolder(), NowTicks()); }
+
+std::u16string FieldText(const char16_t* field, size_t capacity) {
+  size_t n = 0;
+  while (n < capacity && field[n] != 0) ++n;
+  return std::u16string(field, n);
+}
+
+void SetFieldText(char16_t* field, size_t capacity, std::u16string_view text) {
+  const size_t n = std::min(text.size(), capacity - 1);
+  std::copy_n(text.data(), n, field);
+  std::fill(field + n, field + capacity, u'\0');
+}
+
+void PushMostRecent(char16_t* list, size_t width, std::u16string_view text, bool ignoreCase) {
+  if (text.empty()) return;
+  constexpr int kEntries = 10;
+  auto entry = [&](int i) { return list + static_cast<size_t>(i) * width; };
+  auto equals = [&](int i) {
+    const std::u16string current = FieldText(entry(i), width);
+    if (current.size() != text.size()) return false;
+    for (size_t k = 0; k < text.size(); ++k) {
+      const char16_t a = current[k], b = text[k];
+      if (ignoreCase ? FoldCase(a) != FoldCase(b) : a != b) return false;
+    }
+    return true;
+  };
+  int found = kEntries - 1;  // not present: the last entry falls out
+  for (int i = 0; i < kEntries; ++i) {
+    if (equals(i)) {
+      found = i;
+      break;
+    }
+  }
+  for (int i = found; i > 0; --i) std::copy_n(entry(i - 1), width, entry(i));
+  SetFieldText(entry(0), width, text);
+}
+
+void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
+  PushMostRecent(&list[0][0], 256, text, false);
+}
+
+}  // namespace nebro

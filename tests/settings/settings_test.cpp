@@ -1,0 +1,269 @@
+#include "settings/settings.h"
+
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+using namespace nebro;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+void WriteAll(const std::string& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+struct TempFolder {
+  std::string path;
+  TempFolder() {
+    char name[] = "/tmp/nebro-settings-XXXXXX";
+    path = mkdtemp(name);
+  }
+  ~TempFolder() { fs::remove_all(path); }
+};
+
+// The bytes of a record laid out by hand from the offset table.
+struct HandRecord {
+  std::string bytes = std::string(kSettingsRecordSize, '\0');
+  void u32(size_t off, uint32_t v) { std::memcpy(&bytes[off], &v, 4); }
+  void u8(size_t off, uint8_t v) { bytes[off] = static_cast<char>(v); }
+  void text(size_t off, std::u16string_view t) {
+    for (size_t i = 0; i < t.size(); ++i) {
+      bytes[off + 2 * i] = static_cast<char>(t[i] & 0xFF);
+      bytes[off + 2 * i + 1] = static_cast<char>(t[i] >> 8);
+    }
+  }
+};
+
+HandRecord DefaultsByHand() {
+  HandRecord r;
+  r.u32(4, 11);
+  r.text(8, u"Consolas");
+  r.u8(138, 1);
+  r.u8(139, 1);
+  r.u8(140, 1);
+  r.u32(141, 0x80000000u);
+  r.u32(145, 0x80000000u);
+  r.u32(149, 920);
+  r.u32(153, 660);
+  r.u8(688, 1);
+  r.u8(691, 1);
+  for (size_t off : {10932, 10936, 10940, 10944}) r.u32(off, 1500);
+  r.u32(10948, 21000);
+  r.u32(10952, 29700);
+  r.u32(10982, 4);
+  r.u8(31470, 1);
+  r.u32(31471, 3000);
+  r.u32(31475, 10000);
+  r.u32(31479, 1);
+  r.u8(31483, 1);
+  r.u8(31484, 1);
+  return r;
+}
+
+std::string FileOf(const std::string& record) {
+  std::string file = "NEBR";
+  const uint32_t header[3] = {15, 36687,
+                              Fnv1a(reinterpret_cast<const unsigned char*>(record.data()), record.size())};
+  file.append(reinterpret_cast<const char*>(header), sizeof header);
+  return file + record;
+}
+
+}  // namespace
+
+TEST(SettingsFile, DefaultsAndFieldsLandAtTheirOffsets) {
+  AppSettings s;
+  SetDefaultSettings(s);
+  HandRecord expected = DefaultsByHand();
+  EXPECT_EQ(EncodeSettingsRecord(s), expected.bytes);
+
+  // Fields at the far end and at odd offsets.
+  s.theme = 5;
+  s.transparency = 30;
+  s.soundOnNewLine = true;
+  SetFieldText(s.lastFile, u"/home/u/a.txt");
+  SetFieldText(s.regexPatternHistory[9], u"\\d+");
+  SetFieldText(s.recentFiles[1], u"/x\u00e9");
+  s.helpTopic = 7;
+  expected.u32(0, 5);
+  expected.u32(678, 30);
+  expected.u8(36686, 1);
+  expected.text(158, u"/home/u/a.txt");
+  expected.text(10987 + 9 * 1024, u"\\d+");
+  expected.text(31485 + 520, u"/x\u00e9");
+  expected.u32(10972, 7);
+  EXPECT_EQ(EncodeSettingsRecord(s), expected.bytes);
+
+  TempFolder dir;
+  const std::string path = dir.path + "/nebro.cfg";
+  ASSERT_TRUE(SaveSettingsTo(path, s));
+  const std::string onDisk = ReadAll(path);
+  EXPECT_EQ(onDisk.size(), 36703u);
+  EXPECT_EQ(onDisk, FileOf(expected.bytes));
+
+  AppSettings back;
+  ASSERT_TRUE(LoadSettingsFrom(path, back));
+  EXPECT_EQ(EncodeSettingsRecord(back), expected.bytes);
+  EXPECT_EQ(FieldText(back.lastFile), u"/home/u/a.txt");
+}
+
+TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
+  TempFolder dir;
+  const std::string path = dir.path + "/nebro.cfg";
+  AppSettings s;
+  SetDefaultSettings(s);
+  s.theme = 3;
+  ASSERT_TRUE(SaveSettingsTo(path, s));
+  const std::string good = ReadAll(path);
+  const std::string defaults = EncodeSettingsRecord([] { AppSettings d; SetDefaultSettings(d); return d; }());
+
+  auto loadsDefaults = [&](const std::string& bytes) {
+    WriteAll(path, bytes);
+    AppSettings loaded;
+    loaded.theme = 99;
+    const bool ok = LoadSettingsFrom(path, loaded);
+    return !ok && EncodeSettingsRecord(loaded) == defaults;
+  };
+
+  EXPECT_TRUE(loadsDefaults(""));
+  EXPECT_TRUE(loadsDefaults(good.substr(0, good.size() - 1)));  // one byte short
+  EXPECT_TRUE(loadsDefaults(good.substr(0, 10)));               // header cut
+  for (uint32_t version : {14u, 16u}) {
+    std::string v = good;
+    std::memcpy(&v[4], &version, 4);
+    EXPECT_TRUE(loadsDefaults(v)) << version;
+  }
+  std::string size = good;
+  size[8] ^= 1;
+  EXPECT_TRUE(loadsDefaults(size));
+  std::string magic = good;
+  magic[0] = 'X';
+  EXPECT_TRUE(loadsDefaults(magic));
+  // Any single flipped byte of the record or of the checksum.
+  for (size_t at : {size_t(12), size_t(15), size_t(16), size_t(16 + 158), size_t(16 + 31484), good.size() - 1}) {
+    std::string flipped = good;
+    flipped[at] ^= 0x40;
+    EXPECT_TRUE(loadsDefaults(flipped)) << at;
+  }
+  EXPECT_FALSE(LoadSettingsFrom(dir.path + "/missing.cfg", s));
+
+  // Extra bytes behind the record are ignored.
+  WriteAll(path, good + "trailing junk");
+  AppSettings loaded;
+  EXPECT_TRUE(LoadSettingsFrom(path, loaded));
+  EXPECT_EQ(loaded.theme, 3u);
+
+  // A version-14 file is replaced by a version-15 file at the next save.
+  std::string old = good;
+  const uint32_t v14 = 14;
+  std::memcpy(&old[4], &v14, 4);
+  WriteAll(path, old);
+  LoadSettingsFrom(path, loaded);
+  ASSERT_TRUE(SaveSettingsTo(path, loaded));
+  uint32_t version;
+  std::memcpy(&version, ReadAll(path).data() + 4, 4);
+  EXPECT_EQ(version, 15u);
+}
+
+TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
+  TempFolder dir;
+  SetConfigRoot(dir.path + "/cfg");
+  EXPECT_EQ(GetSettingsFolder(), dir.path + "/cfg/Nebro");
+  EXPECT_TRUE(fs::is_directory(dir.path + "/cfg/Nebro"));
+  EXPECT_EQ(GetSettingsFilePath(), dir.path + "/cfg/Nebro/nebro.cfg");
+
+  const std::string pdf = MakeTempPdfPath();
+  const std::string prefix = dir.path + "/cfg/Nebro/temp_";
+  ASSERT_EQ(pdf.rfind(prefix, 0), 0u) << pdf;
+  const std::string name = pdf.substr(prefix.size());
+  ASSERT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
+  EXPECT_EQ(name[8], '_');
+  EXPECT_EQ(name[15], '_');
+  EXPECT_EQ(name.substr(19), ".pdf");
+
+  // No root at all: the bare name in the current directory.
+  SetConfigRoot("");
+  EXPECT_EQ(GetSettingsFolder(), "");
+  EXPECT_EQ(GetSettingsFilePath(), "nebro.cfg");
+  EXPECT_EQ(MakeTempPdfPath(), "");
+}
+
+TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
+  TempFolder dir;
+  const uint64_t now = 20000000000000000ull;  // some fixed moment, in 100 ns ticks
+  auto make = [&](const std::string& name, uint64_t ageTicks) {
+    const std::string path = dir.path + "/" + name;
+    WriteAll(path, "x");
+    const uint64_t t = now - ageTicks;
+    timespec times[2];
+    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(t / 10000000u);
+    times[0].tv_nsec = times[1].tv_nsec = static_cast<long>(t % 10000000u) * 100;
+    utimensat(AT_FDCWD, path.c_str(), times, 0);
+    return path;
+  };
+  const uint64_t hour = 36000000000ull;
+  const auto old = make("temp_20260101_000000_000.pdf", 25 * hour);
+  const auto oldCaps = make("temp_20260101_000000_001.HTML", 25 * hour);
+  const auto oldTxt = make("temp_20260101_000000_002.txt", 25 * hour);
+  const auto docx = make("temp_20260101_000000_003.docx", 25 * hour);
+  const auto fresh = make("temp_20260101_000000_004.pdf", 23 * hour);
+  const auto exact = make("temp_20260101_000000_005.pdf", 24 * hour);
+  const auto other = make("notes_20260101.pdf", 25 * hour);
+  const auto noDot = make("temp_nodot", 25 * hour);
+  fs::create_directory(dir.path + "/temp_20260101_000000_006.pdf");
+
+  CleanupTempFilesIn(dir.path, now);
+  EXPECT_FALSE(fs::exists(old));
+  EXPECT_FALSE(fs::exists(oldCaps));
+  EXPECT_FALSE(fs::exists(oldTxt));
+  EXPECT_TRUE(fs::exists(docx));
+  EXPECT_TRUE(fs::exists(fresh));
+  EXPECT_TRUE(fs::exists(exact));  // exactly 24 hours to the tick is kept
+  EXPECT_TRUE(fs::exists(other));
+  EXPECT_TRUE(fs::exists(noDot));
+  EXPECT_TRUE(fs::is_directory(dir.path + "/temp_20260101_000000_006.pdf"));
+}
+
+TEST(RecentLists, PushMovesToTheTopAndKeepsTen) {
+  char16_t list[10][256] = {};
+  for (char16_t c = u'a'; c <= u'j'; ++c) PushRecent(list, std::u16string(1, c));
+  // Most recent first: j i h g f e d c b a
+  EXPECT_EQ(FieldText(list[0]), u"j");
+  EXPECT_EQ(FieldText(list[9]), u"a");
+
+  PushRecent(list, u"f");  // at position 4
+  const char16_t* expected[] = {u"f", u"j", u"i", u"h", u"g", u"e", u"d", u"c", u"b", u"a"};
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(FieldText(list[i]), expected[i]) << i;
+
+  PushRecent(list, u"new");  // "a" falls out
+  EXPECT_EQ(FieldText(list[0]), u"new");
+  EXPECT_EQ(FieldText(list[9]), u"b");
+
+  PushRecent(list, u"");  // nothing happens
+  EXPECT_EQ(FieldText(list[0]), u"new");
+  PushRecent(list, u"New");  // case matters here
+  EXPECT_EQ(FieldText(list[1]), u"new");
+
+  PushRecent(list, std::u16string(300, u'x'));
+  EXPECT_EQ(FieldText(list[0]).size(), 255u);
+
+  // The recent-files flavour ignores case.
+  char16_t files[10][260] = {};
+  PushMostRecent(&files[0][0], 260, u"/a/Readme.md", true);
+  PushMostRecent(&files[0][0], 260, u"/b", true);
+  PushMostRecent(&files[0][0], 260, u"/A/README.MD", true);
+  EXPECT_EQ(FieldText(files[0]), u"/A/README.MD");
+  EXPECT_EQ(FieldText(files[1]), u"/b");
+  EXPECT_EQ(FieldText(files[2]), u"");
+}

@@ -1,11 +1,197 @@
 #include "app/startup_gtk.h"
 
+#include <glib-unix.h>
 #include <gtk/gtk.h>
 
+#include <clocale>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "app/main_window_gtk.h"
+#include "app/message_box_gtk.h"
+#include "app/startup_rules.h"
+#include "app/trace_gtk.h"
+#include "appearance/theme_gtk.h"
+#include "common/utf.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
 namespace nebro {
+namespace {
+
+constexpr const char* kFatalTitle = "Nebro - Fatal Error";
+
+int Fatal(const char* trace, const char* text) {
+  Trace("%s", trace);
+  ShowMessageBox(nullptr, kMbOk, text, kFatalTitle);
+  return 1;
+}
+
+gboolean OnTerminate(gpointer) {
+  // A signal ends the editor in order: the destroy sequence runs, nothing is asked.
+  if (gMain.window) DestroyMainWindow();
+  else gtk_main_quit();
+  return G_SOURCE_REMOVE;
+}
+
+struct PostedOpen {
+  std::string path;
+};
+
+gboolean OnPostedOpen(gpointer data) {
+  auto* posted = static_cast<PostedOpen*>(data);
+  if (gMain.window) OpenFileFromStartup(posted->path);
+  delete posted;
+  return G_SOURCE_REMOVE;
+}
+
+void PostOpen(const std::string& path) {
+  g_idle_add(OnPostedOpen, new PostedOpen{path});
+}
+
+}  // namespace
 
 int RunNebro(int argc, char** argv) {
-  gtk_init(&argc, &argv);
+  std::setlocale(LC_ALL, "");
+  if (!gtk_init_check(&argc, &argv)) {
+    std::fprintf(stderr, "nebro: cannot open a display (for a headless machine, run it under xvfb-run)\n");
+    return 1;
+  }
+  const std::vector<std::string> args(argv, argv + argc);
+
+  Trace("Nebro: wWinMain started");
+  Trace("Nebro: Loading settings");
+  if (const gchar* root = g_get_user_config_dir()) SetConfigRoot(root);
+  LoadSettings(gSettings);
+  CleanupTempFiles();
+  gThemeChosenByUser = true;
+  if (gSettings.firstRun) {
+    gSettings.firstRun = false;
+    SaveSettings(gSettings);
+  }
+
+  Trace("Nebro: Parsing command line for --viewer flag");
+  const StartupArgs startup = ParseStartupArgs(args);
+  gViewerMode = startup.viewerMode;
+  if (gViewerMode) Trace("Nebro: Viewer mode enabled");
+
+  Trace("Nebro: Initializing common controls");
+  LoadFontAliases();
+
+  Trace("Nebro: Loading libscintilla.so");
+  if (sci::LoadScintilla() != sci::LibraryLoad::Ok) {
+    return Fatal("Nebro: ERROR - libscintilla.so not found",
+                 "libscintilla.so not found.\nPlace libscintilla.so next to nebro.");
+  }
+  Trace("Nebro: libscintilla.so loaded");
+
+  if (!gViewerMode) {
+    Trace("Nebro: Loading liblexilla.so");
+    const sci::LibraryLoad lexilla = sci::LoadLexilla();
+    if (lexilla == sci::LibraryLoad::NotFound) {
+      sci::UnloadScintilla();
+      return Fatal("Nebro: ERROR - liblexilla.so not found",
+                   "liblexilla.so not found.\nPlace liblexilla.so next to nebro.");
+    }
+    Trace("Nebro: liblexilla.so loaded");
+    if (lexilla == sci::LibraryLoad::EntryMissing) {
+      sci::UnloadLexilla();
+      sci::UnloadScintilla();
+      return Fatal("Nebro: ERROR - CreateLexer not found in liblexilla.so",
+                   "liblexilla.so: CreateLexer not found.\nLexilla verzija nije kompatibilna.");
+    }
+    Trace("Nebro: CreateLexer function found");
+  }
+
+  Trace("Nebro: Initializing critical section");
+  Trace("Nebro: Registering Scintilla window class");
+  Trace("Nebro: Loading accelerators");
+  Trace("Nebro: Registering main window class");
+  Trace("Nebro: Window class registered");
+
+  Trace("Nebro: Creating main window");
+  int x = kDefaultPosition, y = kDefaultPosition, width, height;
+  bool defaultPosition = false;
+  if (gViewerMode) {
+    Trace("Nebro: Viewer mode - getting window position from STARTUPINFO");
+    if (startup.viewerGeometry) {
+      x = startup.viewerGeometry->x;
+      y = startup.viewerGeometry->y;
+      Trace("Nebro: Using position from STARTUPINFO");
+    } else {
+      defaultPosition = true;
+      Trace("Nebro: Using default position");
+    }
+    width = startup.viewerGeometry ? startup.viewerGeometry->width : 660;
+    height = startup.viewerGeometry ? startup.viewerGeometry->height : 820;
+    Trace("Nebro: Viewer window size set");
+  } else {
+    Trace("Nebro: Normal mode - using settings for window position");
+    width = gSettings.windowWidth;
+    height = gSettings.windowHeight;
+    if (gSettings.windowX == kDefaultPosition || gSettings.windowY == kDefaultPosition) {
+      defaultPosition = true;
+      Trace("Nebro: Using default position (CW_USEDEFAULT)");
+    } else {
+      x = gSettings.windowX;
+      y = gSettings.windowY;
+    }
+  }
+  Trace("Nebro: Window size: %d x %d, pos: %d, %d", width, height, x, y);
+
+  if (!CreateMainWindow("Nebro - Viewer", x, y, width, height, defaultPosition)) {
+    sci::UnloadLexilla();
+    sci::UnloadScintilla();
+    return Fatal("Nebro: ERROR - Failed to create main window", "Failed to create main window.");
+  }
+  Trace("Nebro: Main window created");
+
+  if (!gViewerMode && gSettings.transparency > 0) {
+    Trace("Nebro: Applying window transparency");
+    ApplyTransparency(gSettings.transparency);
+  }
+  if (!gViewerMode && gSettings.windowMaximized) gtk_window_maximize(GTK_WINDOW(gMain.window));
+  gtk_widget_show(gMain.window);
+  Trace("Nebro: Window shown");
+
+  Trace("Nebro: Processing command line arguments");
+  Trace("Nebro: Command line has %d arguments", static_cast<int>(args.size()));
+  if (args.size() < 2) {
+    const std::string last = Utf16ToUtf8(FieldText(gSettings.lastFile));
+    if (!gViewerMode && !last.empty()) {
+      Trace("Nebro: No command line file, checking last file from settings");
+      if (!g_file_test(last.c_str(), G_FILE_TEST_EXISTS)) {
+        Trace("Nebro: Last file no longer exists, clearing");
+        SetFieldText(gSettings.lastFile, u"");
+      } else {
+        Trace("Nebro: Loading last file from settings");
+        PostOpen(last);
+      }
+    } else {
+      Trace("Nebro: No file to load (untitled document)");
+    }
+  } else {
+    Trace("Nebro: First argument: %s", args[1].c_str());
+    if (startup.fileFromViewerArgument) Trace("Nebro: Viewer mode - loading file from command line");
+    else Trace("Nebro: Normal mode - loading file from command line");
+    PostOpen(*startup.fileToOpen);
+  }
+
+  g_unix_signal_add(SIGTERM, OnTerminate, nullptr);
+  g_unix_signal_add(SIGINT, OnTerminate, nullptr);
+
+  Trace("Nebro: Entering message loop");
+  gtk_main();
+  Trace("Nebro: Exited message loop");
+  Trace("Nebro: Cleaning up resources");
+  if (!gViewerMode) {
+    sci::UnloadLexilla();
+    Trace("Nebro: liblexilla.so unloaded");
+  }
+  sci::UnloadScintilla();
+  Trace("Nebro: libscintilla.so unloaded");
+  Trace("Nebro: Exiting with code %d", 0);
   return 0;
 }
 

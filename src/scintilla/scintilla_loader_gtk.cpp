@@ -47,23 +47,23 @@ std::string ExecutableFolder() {
   return slash == std::string::npos ? std::string() : path.substr(0, slash);
 }
 
-LoadResult LoadScintilla() {
+LibraryLoad LoadScintilla() {
   scintillaModule = OpenBesideOrConfigured("libscintilla.so");
-  if (!scintillaModule) return LoadResult::NotFound;
+  if (!scintillaModule) return LibraryLoad::NotFound;
   newEditor = Symbol<NewFn>(scintillaModule, "scintilla_new");
   sendMessage = Symbol<SendFn>(scintillaModule, "scintilla_send_message");
   if (!newEditor || !sendMessage) {
     UnloadScintilla();
-    return LoadResult::NotFound;
+    return LibraryLoad::NotFound;
   }
-  return LoadResult::Ok;
+  return LibraryLoad::Ok;
 }
 
-LoadResult LoadLexilla() {
+LibraryLoad LoadLexilla() {
   lexillaModule = OpenBesideOrConfigured("liblexilla.so");
-  if (!lexillaModule) return LoadResult::NotFound;
+  if (!lexillaModule) return LibraryLoad::NotFound;
   createLexer = Symbol<CreateLexerFunction>(lexillaModule, "CreateLexer");
-  return createLexer ? LoadResult::Ok : LoadResult::EntryMissing;
+  return createLexer ? LibraryLoad::Ok : LibraryLoad::EntryMissing;
 }
 
 void UnloadLexilla() {

@@ -10,11 +10,11 @@
 
 namespace nebro::sci {
 
-enum class LoadResult { Ok, NotFound, EntryMissing };
+enum class LibraryLoad { Ok, NotFound, EntryMissing };
 
 // Looks beside the executable first, then in the configured folder.
-LoadResult LoadScintilla();
-LoadResult LoadLexilla();  // also fetches CreateLexer; EntryMissing when it is absent
+LibraryLoad LoadScintilla();
+LibraryLoad LoadLexilla();  // also fetches CreateLexer; EntryMissing when it is absent
 void UnloadLexilla();
 void UnloadScintilla();
 bool ScintillaLoaded();

@@ -1,0 +1,51 @@
+#include "app/viewer_launch_gtk.h"
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <climits>
+
+#include "app/startup_rules.h"
+
+namespace nebro {
+namespace {
+
+GPid viewerPid = 0;
+
+void DieWithParent(gpointer) { prctl(PR_SET_PDEATHSIG, SIGTERM); }
+
+void OnViewerExit(GPid pid, gint, gpointer) {
+  if (pid == viewerPid) viewerPid = 0;
+  g_spawn_close_pid(pid);
+}
+
+}  // namespace
+
+void EndViewer() {
+  if (viewerPid > 0) kill(viewerPid, SIGTERM);
+  viewerPid = 0;
+}
+
+void LaunchViewer(GtkWindow* owner, const std::string& path) {
+  if (path.empty()) return;
+  char exe[PATH_MAX];
+  const ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
+  if (n <= 0) return;
+  exe[n] = '\0';
+
+  int x = 0, y = 0;
+  if (owner) gtk_window_get_position(owner, &x, &y);
+  const std::string geometry = ViewerGeometryArgument({x + 40, y + 40, 740, 860});
+  gchar* argv[] = {exe, const_cast<gchar*>("--viewer"), const_cast<gchar*>(path.c_str()),
+                   const_cast<gchar*>(geometry.c_str()), nullptr};
+  GPid pid = 0;
+  if (!g_spawn_async(nullptr, argv, nullptr, G_SPAWN_DO_NOT_REAP_CHILD, DieWithParent, nullptr, &pid, nullptr)) {
+    return;
+  }
+  EndViewer();  // at most one viewer launched this way outlives a new launch
+  viewerPid = pid;
+  g_child_watch_add(pid, OnViewerExit, nullptr);
+}
+
+}  // namespace nebro

@@ -1,0 +1,18 @@
+// Starting this executable again as a read-only viewer on a file.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
+
+namespace nebro {
+
+// Starts a viewer beside `owner` (40 pixels right and down, 740 x 860). Does nothing for an
+// empty path and reports nothing on failure. The viewer dies with the editor, and a new launch
+// ends the previous viewer.
+void LaunchViewer(GtkWindow* owner, const std::string& path);
+
+// Ends the viewer launched last, if it still runs.
+void EndViewer();
+
+}  // namespace nebro

@@ -1,0 +1,21 @@
+// The active theme and language, read by everything that draws.
+#pragma once
+
+#include "appearance/languages.h"
+#include "appearance/themes.h"
+
+namespace nebro {
+
+// The theme number as stored in the settings (may be out of range).
+ThemeId CurrentThemeId();
+// The active theme's colours; an out-of-range number reads theme 0.
+const ThemeColors& GetThemeColors();
+
+// The language of the open document, chosen from its extension.
+extern LanguageId gLanguage;
+
+// Set at start-up; cleared only when a theme is chosen for the user rather than by the user.
+// Lives in memory only.
+extern bool gThemeChosenByUser;
+
+}  // namespace nebro

@@ -1,0 +1,210 @@
+#include "export/html_export.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "export/byte_writer.h"
+#include "export/export_rules.h"
+
+namespace nebro {
+namespace {
+
+// How each text byte comes out in a code line: most bytes as themselves, five characters as
+// entities and tab as four blanks. Replacements are padded to 8 bytes so they copy in one go.
+struct Escape {
+  char text[8];
+  uint8_t length;  // 0: the byte is copied as it is
+};
+
+constexpr std::array<Escape, 256> MakeEscapes() {
+  std::array<Escape, 256> table{};
+  auto set = [&table](unsigned char c, const char* text) {
+    Escape& e = table[c];
+    uint8_t n = 0;
+    while (text[n]) {
+      e.text[n] = text[n];
+      ++n;
+    }
+    e.length = n;
+  };
+  set('&', "&amp;");
+  set('<', "&lt;");
+  set('>', "&gt;");
+  set('"', "&quot;");
+  set('\'', "&#39;");
+  set('\t', "    ");
+  return table;
+}
+
+constexpr std::array<Escape, 256> kEscapes = MakeEscapes();
+constexpr size_t kLongestEscape = 6;
+// Bytes of one run escaped per request for room, so that a huge line needs no huge promise.
+constexpr size_t kBlock = 64 * 1024;
+
+// "<span class=\"sN\">" for every style number, ready to copy.
+struct SpanOpen {
+  char text[24];
+  uint8_t length;
+};
+
+std::array<SpanOpen, kExportStyleCount> MakeSpanOpens() {
+  std::array<SpanOpen, kExportStyleCount> opens{};
+  for (int n = 0; n < kExportStyleCount; ++n) {
+    const std::string text = "<span class=\"s" + std::to_string(n) + "\">";
+    std::memcpy(opens[n].text, text.data(), text.size());
+    opens[n].length = static_cast<uint8_t>(text.size());
+  }
+  return opens;
+}
+
+std::string FontDeclarations(const std::string& font) {
+  return "font-family: '" + font + "', monospace; font-size: 11pt;";
+}
+
+std::string PageHead(const HtmlExportInput& in) {
+  const std::string bg = ColourText(in.pageBackground);
+  const std::string font = FontDeclarations(in.fontName);
+  std::string head;
+  head.reserve(8192);
+  head += "<!DOCTYPE html>\n<html>\n<head>\n";
+  head += "    <meta charset=\"UTF-8\">\n";
+  head += "    <meta name=\"viewport\" content=\"width=device-width, initial-scale=1.0\">\n";
+  head += "    <title>" + in.title + " - Nebro Export</title>\n";
+  head += "    <style>\n";
+  head += "        * { margin: 0; padding: 0; box-sizing: border-box; }\n";
+  head += "        body { background-color: " + bg + "; " + font + " line-height: 1.5; }\n";
+  head += "        .code-container { display: flex; flex-direction: row; min-height: 100vh; }\n";
+  head += "        .line-numbers { background-color: " + bg +
+          "; color: #606060; text-align: right; padding: 20px 10px 20px 20px; "
+          "user-select: none; border-right: 1px solid #444; " +
+          font + " line-height: 1.5; min-width: 50px; }\n";
+  head += "        .line-number { height: 1.5em; line-height: 1.5em; white-space: pre; }\n";
+  head += "        .code-content { background-color: " + bg +
+          "; padding: 20px; flex: 1; overflow-x: auto; " + font + " }\n";
+  head += "        .code-line { height: 1.5em; line-height: 1.5em; white-space: pre; }\n";
+  for (int n = 0; n < kExportStyleCount; ++n) {
+    const ExportStyle& s = in.styles[n];
+    if (s.fore == 0 && s.back == 0 && !s.bold && !s.italic) continue;
+    head += "        .s" + std::to_string(n) + " { ";
+    // Black text counts as unset: it gets no colour of its own.
+    if (s.fore != 0) head += "color: " + ColourText(s.fore) + "; ";
+    if (s.back != 0 && s.back != in.pageBackground)
+      head += "background-color: " + ColourText(s.back) + "; ";
+    if (s.bold) head += "font-weight: bold; ";
+    if (s.italic) head += "font-style: italic; ";
+    head += "}\n";
+  }
+  head += "    </style>\n</head>\n<body>\n";
+  head += "<div class=\"code-container\">\n";
+  head += "    <div class=\"line-numbers\">\n";
+  return head;
+}
+
+constexpr std::string_view kNumberOpen = "        <div class=\"line-number\">";
+constexpr std::string_view kLineOpen = "        <div class=\"code-line\">";
+constexpr std::string_view kDivClose = "</div>\n";
+constexpr std::string_view kSpanClose = "</span>";
+
+ExportResult Fail(ExportBytes& out, ExportResult result) {
+  out.release();
+  return result;
+}
+
+}  // namespace
+
+ExportResult BuildHtmlPage(const HtmlExportInput& in, ExportBytes& out, const ExportMonitor& monitor) {
+  out.clear();
+  const std::string_view text = in.document.text;
+  if (in.document.styles.size() != text.size()) return Fail(out, ExportResult::BadInput);
+  const size_t len = text.size();
+  if (len > (SIZE_MAX - 20000) / 3 || !out.Reserve(3 * len + 20000))
+    return Fail(out, ExportResult::OutOfMemory);
+
+  static const std::array<SpanOpen, kExportStyleCount> spanOpens = MakeSpanOpens();
+  const char* t = text.data();
+  const auto* styles = reinterpret_cast<const unsigned char*>(in.document.styles.data());
+
+  ByteWriter w(out);
+  if (!w.Append(PageHead(in))) return Fail(out, ExportResult::OutOfMemory);
+
+  // The number column comes first, so the lines are counted before any is written.
+  const int64_t lines = 1 + std::count(text.begin(), text.end(), '\n');
+  for (int64_t i = 1; i <= lines; ++i) {
+    if (!w.Room(kNumberOpen.size() + 20 + kDivClose.size()))
+      return Fail(out, ExportResult::OutOfMemory);
+    w.Put(kNumberOpen);
+    w.PutNumber(i);
+    w.Put(kDivClose);
+  }
+  if (!w.Append("    </div>\n    <div class=\"code-content\">\n"))
+    return Fail(out, ExportResult::OutOfMemory);
+
+  const int32_t step = ProgressStep(in.lineCount);
+  int32_t untilProgress = 0;
+  size_t pos = 0;
+  for (int64_t k = 0;; ++k) {
+    if (monitor.isCancelled && monitor.isCancelled()) return Fail(out, ExportResult::Cancelled);
+    if (untilProgress == 0) {
+      if (monitor.onProgress) monitor.onProgress(static_cast<uint32_t>(k + 1));
+      untilProgress = step;
+    }
+    --untilProgress;
+
+    const void* lf = len > pos ? std::memchr(t + pos, '\n', len - pos) : nullptr;
+    const size_t lineEnd = lf ? static_cast<size_t>(static_cast<const char*>(lf) - t) : len;
+    if (!w.Room(kLineOpen.size())) return Fail(out, ExportResult::OutOfMemory);
+    w.Put(kLineOpen);
+
+    size_t i = pos;
+    while (i < lineEnd) {
+      // One run: the bytes whose style numbers agree in their low seven bits.
+      const unsigned style = styles[i] & 0x7F;
+      size_t runEnd = i + 1;
+      while (runEnd < lineEnd && (styles[runEnd] & 0x7F) == style) ++runEnd;
+
+      const SpanOpen& open = spanOpens[style];
+      if (!w.Room(sizeof open.text)) return Fail(out, ExportResult::OutOfMemory);
+      std::memcpy(w.cursor(), open.text, sizeof open.text);
+      w.cursor() += open.length;
+      while (i < runEnd) {
+        const size_t blockEnd = std::min(runEnd, i + kBlock);
+        // Room for the worst case plus the padding of the last replacement and the span end.
+        if (!w.Room((blockEnd - i) * kLongestEscape + 16))
+          return Fail(out, ExportResult::OutOfMemory);
+        char* p = w.cursor();
+        for (; i < blockEnd; ++i) {
+          const unsigned char c = static_cast<unsigned char>(t[i]);
+          const Escape& e = kEscapes[c];
+          if (e.length == 0) {
+            *p++ = static_cast<char>(c);
+          } else {
+            std::memcpy(p, e.text, 8);
+            p += e.length;
+          }
+        }
+        w.cursor() = p;
+      }
+      w.Put(kSpanClose);
+    }
+    if (!w.Room(kDivClose.size())) return Fail(out, ExportResult::OutOfMemory);
+    w.Put(kDivClose);
+    if (!lf) break;
+    pos = lineEnd + 1;
+  }
+
+  if (!w.Append("</div>\n    </div>\n</div>\n</body>\n</html>"))
+    return Fail(out, ExportResult::OutOfMemory);
+  w.Commit();
+  return ExportResult::Ok;
+}
+
+ExportResult ExportHtmlToFile(const HtmlExportInput& input, const std::string& path,
+                              const ExportMonitor& monitor) {
+  ExportBytes page;
+  const ExportResult built = BuildHtmlPage(input, page, monitor);
+  if (built != ExportResult::Ok) return built;
+  return WriteExportFile(path, page.view());
+}
+
+}  // namespace nebro

@@ -1,0 +1,83 @@
+// Helpers shared by the export tests: styled documents written as runs, and comparison with
+// stored expected outputs in tests/data/export/.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <initializer_list>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "appearance/themes.h"
+#include "export/styled_text.h"
+
+namespace nebro::testing {
+
+// A document built from (text, style) runs, kept alive while a StyledText views it.
+struct Doc {
+  std::string text;
+  std::string styles;
+  StyledText view() const { return {text, styles}; }
+};
+
+inline Doc Runs(std::initializer_list<std::pair<std::string_view, unsigned>> runs) {
+  Doc doc;
+  for (const auto& [text, style] : runs) {
+    doc.text += text;
+    doc.styles.append(text.size(), static_cast<char>(style));
+  }
+  return doc;
+}
+
+// The styles the editor has for C++ under a theme: every style on the editor background in the
+// editor text colour, and the C++ map's colours, bold and italic on top.
+inline ExportStyleTable CppStyles(const ThemeColors& theme) {
+  ExportStyleTable table;
+  for (ExportStyle& s : table) s = {theme.editorText, theme.editorBackground, false, false};
+  const SyntaxColors& syn = theme.syntax;
+  table[1] = {syn.comment, theme.editorBackground, false, true};
+  table[2] = {syn.comment, theme.editorBackground, false, true};
+  table[4] = {syn.number, theme.editorBackground, false, false};
+  table[5] = {syn.keyword, theme.editorBackground, true, false};
+  table[6] = {syn.string, theme.editorBackground, false, false};
+  table[9] = {syn.preprocessor, theme.editorBackground, false, false};
+  table[10] = {syn.operator_, theme.editorBackground, false, false};
+  table[16] = {syn.keyword, theme.editorBackground, false, true};
+  table[33] = {theme.lineNumberText, theme.lineNumberBackground, false, false};
+  return table;
+}
+
+inline std::string DataPath(const std::string& name) {
+  return std::string(NEBRO_TEST_DATA) + "/export/" + name;
+}
+
+inline std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << in.rdbuf();
+  return bytes.str();
+}
+
+inline void WriteFile(const std::string& path, std::string_view bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+// Compares with the stored expectation; on a mismatch (or a missing file) the actual output is
+// written beside it as <name>.new for inspection.
+inline void ExpectStored(std::string_view actual, const std::string& name) {
+  const std::string path = DataPath(name);
+  std::ifstream probe(path, std::ios::binary);
+  const bool present = static_cast<bool>(probe);
+  const std::string expected = present ? ReadFile(path) : std::string();
+  if (!present || expected != actual) {
+    WriteFile(path + ".new", actual);
+    ADD_FAILURE() << (present ? "output differs from " : "no stored output ") << path
+                  << "; the actual output is in " << path << ".new";
+  }
+}
+
+}  // namespace nebro::testing

@@ -1,0 +1,210 @@
+// Whole pages against stored expectations: tests/data/markdown/<case>.md renders to <case>.html
+// byte for byte. On a mismatch the page we produced is written beside it as <case>.html.new.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/utf.h"
+#include "markdown/markdown_html.h"
+
+using namespace nebro;
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kDataDir = fs::path(NEBRO_TEST_DATA) / "markdown";
+
+std::string ReadFile(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+struct StoredCase {
+  const char* name;
+  MarkdownPageOptions options;
+};
+
+MarkdownPageOptions Opts(std::string path, std::string font, int size, ThemeId theme) {
+  return {std::move(path), std::move(font), size, theme};
+}
+
+// Most cases use a monospace editor font in the dark theme; the last few vary what the head shows.
+const StoredCase kCases[] = {
+    {"line_endings", Opts("/home/ann/line_endings.md", "Consolas", 11, 0)},
+    {"blocks", Opts("/home/ann/blocks.md", "Consolas", 11, 0)},
+    {"headings", Opts("/home/ann/headings.md", "Consolas", 11, 0)},
+    {"lists", Opts("/home/ann/lists.md", "Consolas", 11, 0)},
+    {"inline", Opts("/home/ann/inline.md", "Consolas", 11, 0)},
+    {"escaping", Opts("/home/ann/escaping.md", "Consolas", 11, 0)},
+    {"sepia_georgia", Opts("/srv/sepia_georgia.md", "Georgia", 13, 5)},
+    {"light_size_zero", Opts("light_size_zero.md", "DejaVu Serif", 0, 1)},
+    {"untitled_clamped", Opts("", "", 12, 9)},
+    {"title_unescaped", Opts("/tmp/<y>.md", "cOuRiEr NeW", 14, 4)},
+};
+
+}  // namespace
+
+TEST(MarkdownPage, StoredCasesRenderByteForByte) {
+  for (const StoredCase& c : kCases) {
+    SCOPED_TRACE(c.name);
+    const fs::path input = kDataDir / (std::string(c.name) + ".md");
+    const fs::path expectedPath = kDataDir / (std::string(c.name) + ".html");
+    const fs::path newPath = kDataDir / (std::string(c.name) + ".html.new");
+    ASSERT_TRUE(fs::exists(input)) << input;
+    const std::string markdown = ReadFile(input);
+    std::string page;
+    ASSERT_TRUE(RenderMarkdownPage(markdown, c.options, page));
+    const std::string expected = ReadFile(expectedPath);
+    if (page != expected) {
+      WriteFile(newPath, page);
+      ADD_FAILURE() << "page differs from " << expectedPath << "; ours is in " << newPath;
+    } else {
+      fs::remove(newPath);
+    }
+    // The UTF-16 entry gives the same page.
+    std::string fromUtf16;
+    ASSERT_TRUE(RenderMarkdownPage(Utf8ToUtf16(markdown), c.options, fromUtf16));
+    EXPECT_EQ(fromUtf16, page);
+  }
+}
+
+TEST(MarkdownPage, FontChoice) {
+  // Every listed monospace face, in any case, gives Segoe UI at 10 whatever the size.
+  for (const char* face :
+       {"Courier New", "consolas", "LUCIDA CONSOLE", "Cascadia Code", "Cascadia Mono", "Fira Code",
+        "Source Code Pro", "Inconsolata", "Monaco"}) {
+    const MarkdownFont f = ChooseMarkdownFont(face, 20);
+    EXPECT_EQ(f.name, "Segoe UI") << face;
+    EXPECT_EQ(f.size, 10) << face;
+  }
+  // Near misses are proportional fonts as far as the page knows.
+  EXPECT_EQ(ChooseMarkdownFont("Consolas ", 9).name, "Consolas ");
+  EXPECT_EQ(ChooseMarkdownFont("Fira Code Retina", 9).size, 9);
+  EXPECT_EQ(ChooseMarkdownFont("Georgia", 14).name, "Georgia");
+  EXPECT_EQ(ChooseMarkdownFont("Georgia", 14).size, 14);
+  EXPECT_EQ(ChooseMarkdownFont("Georgia", 0).size, 10);
+  EXPECT_EQ(ChooseMarkdownFont("Georgia", -3).size, 10);
+  EXPECT_EQ(ChooseMarkdownFont("", 14).name, "Segoe UI");
+  EXPECT_EQ(ChooseMarkdownFont("", 14).size, 10);
+  // A name that is not UTF-8 is cleaned like the text.
+  EXPECT_EQ(ChooseMarkdownFont("Gar\xE9ond", 11).name, "Gar\xEF\xBF\xBDond");
+}
+
+TEST(MarkdownPage, TitleIsTheFileNameUnescaped) {
+  EXPECT_EQ(MarkdownPageTitle(""), "Untitled");
+  EXPECT_EQ(MarkdownPageTitle("/home/ann/notes.md"), "notes.md");
+  EXPECT_EQ(MarkdownPageTitle("notes.md"), "notes.md");
+  EXPECT_EQ(MarkdownPageTitle("/tmp/<y> & \"z\".md"), "<y> & \"z\".md");
+  EXPECT_EQ(MarkdownPageTitle("/tmp/dir/"), "");
+  EXPECT_EQ(MarkdownPageTitle("/tmp/caf\xC3\xA9.md"), "caf\xC3\xA9.md");
+}
+
+TEST(MarkdownPage, EmptyTextGivesNoPage) {
+  std::string out = "kept";
+  EXPECT_FALSE(RenderMarkdownPage(std::string_view(), {}, out));
+  EXPECT_FALSE(RenderMarkdownPage(std::u16string_view(), {}, out));
+  EXPECT_EQ(out, "kept");
+}
+
+TEST(MarkdownPage, AppendsAfterWhatTheStringHolds) {
+  std::string out = "prefix|";
+  ASSERT_TRUE(RenderMarkdownPage(std::string_view("x"), {}, out));
+  std::string alone;
+  ASSERT_TRUE(RenderMarkdownPage(std::string_view("x"), {}, alone));
+  EXPECT_EQ(out, "prefix|" + alone);
+}
+
+TEST(MarkdownFile, WritesThePageAndReportsFailures) {
+  const fs::path dir = fs::temp_directory_path() / ("nebro_md_" + std::to_string(::getpid()));
+  fs::create_directories(dir);
+  const std::string path = (dir / "out.html").string();
+  const MarkdownPageOptions options = Opts("/x/doc.md", "Georgia", 12, 1);
+
+  // An existing longer file is truncated; the bytes are the page, without a BOM.
+  WriteFile(path, std::string(100000, 'z'));
+  ASSERT_TRUE(RenderMarkdownToHtmlFile(path, std::string_view("# Hi\n- a"), options));
+  std::string page;
+  ASSERT_TRUE(RenderMarkdownPage(std::string_view("# Hi\n- a"), options, page));
+  EXPECT_EQ(ReadFile(path), page);
+  EXPECT_EQ(page.compare(0, 15, "<!DOCTYPE html>"), 0);
+
+  ASSERT_TRUE(RenderMarkdownToHtmlFile(path, std::u16string_view(u"# Hi\n- a"), options));
+  EXPECT_EQ(ReadFile(path), page);
+
+  // Empty text: false, and no file is created.
+  const std::string none = (dir / "none.html").string();
+  EXPECT_FALSE(RenderMarkdownToHtmlFile(none, std::string_view(), options));
+  EXPECT_FALSE(RenderMarkdownToHtmlFile(none, std::u16string_view(), options));
+  EXPECT_FALSE(fs::exists(none));
+
+  // A file that cannot be opened.
+  EXPECT_FALSE(RenderMarkdownToHtmlFile((dir / "missing" / "x.html").string(),
+                                        std::string_view("text"), options));
+  EXPECT_FALSE(RenderMarkdownToHtmlFile(dir.string(), std::string_view("text"), options));
+
+  // A device that refuses the write.
+  if (fs::exists("/dev/full")) {
+    EXPECT_FALSE(RenderMarkdownToHtmlFile("/dev/full", std::string_view("text"), options));
+  }
+  fs::remove_all(dir);
+}
+
+TEST(MarkdownPage, ProgressFollowsTheExportStepAndCanStop) {
+  auto lines = [](int n) {
+    std::string text;
+    for (int i = 0; i < n; ++i) text += "line\n";
+    return text;
+  };
+  struct Call {
+    uint32_t line, total;
+    bool operator==(const Call&) const = default;
+  };
+  std::vector<Call> calls;
+  auto record = [&](uint32_t line, uint32_t total) {
+    calls.push_back({line, total});
+    return true;
+  };
+  std::string out;
+
+  // Up to 1,000 lines: every 50 lines, 1-based, from line 1.
+  ASSERT_TRUE(RenderMarkdownPage(lines(120), {}, out, record));
+  EXPECT_EQ(calls, (std::vector<Call>{{1, 120}, {51, 120}, {101, 120}}));
+
+  // Above: every line count / 100 lines.
+  calls.clear();
+  ASSERT_TRUE(RenderMarkdownPage(lines(1001), {}, out, record));
+  ASSERT_EQ(calls.size(), 101u);
+  EXPECT_EQ(calls[1], (Call{11, 1001}));
+  EXPECT_EQ(calls.back(), (Call{1001, 1001}));
+
+  // Line count by the renderer's own split: CR LF is one break, a lone CR another, and a final
+  // break adds no line.
+  calls.clear();
+  ASSERT_TRUE(RenderMarkdownPage(std::string_view("a\r\nb\rc\n"), {}, out, record));
+  EXPECT_EQ(calls, (std::vector<Call>{{1, 3}}));
+
+  // Stopping leaves the string as it was and writes no file.
+  out = "before";
+  int seen = 0;
+  auto stopSecond = [&](uint32_t, uint32_t) { return ++seen < 2; };
+  EXPECT_FALSE(RenderMarkdownPage(lines(5000), {}, out, stopSecond));
+  EXPECT_EQ(out, "before");
+  const fs::path path = fs::temp_directory_path() / "nebro_md_cancelled.html";
+  fs::remove(path);
+  seen = 0;
+  EXPECT_FALSE(
+      RenderMarkdownToHtmlFile(path.string(), std::string_view(lines(5000)), {}, stopSecond));
+  EXPECT_FALSE(fs::exists(path));
+}

@@ -29,9 +29,11 @@ void* OpenBesideOrConfigured(const char* fileName) {
     if (folder.empty()) continue;
     const std::string path = folder + "/" + fileName;
     if (access(path.c_str(), F_OK) != 0) continue;
-    // RTLD_GLOBAL is not wanted: the two libraries share no symbols with us.
-    if (void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) return h;
-    g_debug("Nebro: dlopen %s: %s", path.c_str(), dlerror());
+    // The first file found is the one used: a broken copy beside the executable is an error,
+    // not a reason to take another one silently.
+    void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!h) g_debug("Nebro: dlopen %s: %s", path.c_str(), dlerror());
+    return h;
   }
   return nullptr;
 }

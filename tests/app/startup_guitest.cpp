@@ -1,0 +1,207 @@
+// The editor started as a process: trace order, settings written at exit, the last file, the
+// viewer, signals and the fatal start-up failures.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "../support/process.h"
+#include "common/utf.h"
+#include "settings/settings.h"
+
+namespace fs = std::filesystem;
+using nebro::test::Child;
+using nebro::test::Shell;
+
+namespace {
+
+struct Sandbox {
+  std::string dir;
+  Sandbox() {
+    char name[] = "/tmp/nebro-startup-XXXXXX";
+    dir = mkdtemp(name);
+    fs::create_directories(dir + "/cfg");
+  }
+  ~Sandbox() { fs::remove_all(dir); }
+  std::vector<std::string> Env() const {
+    return {"XDG_CONFIG_HOME=" + dir + "/cfg", "G_MESSAGES_DEBUG=Nebro", "NO_AT_BRIDGE=1"};
+  }
+  std::string Config() const { return dir + "/cfg/Nebro/nebro.cfg"; }
+  std::string Write(const std::string& name, const std::string& text) const {
+    const std::string path = dir + "/" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+  }
+};
+
+std::string ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+nebro::AppSettings LoadConfig(const Sandbox& box, bool* ok = nullptr) {
+  nebro::AppSettings s;
+  const bool loaded = nebro::LoadSettingsFrom(box.Config(), s);
+  if (ok) *ok = loaded;
+  return s;
+}
+
+// Checks that `expected` appear in the output in this order (other lines may come between).
+void ExpectInOrder(const Child& child, const std::vector<std::string>& expected) {
+  size_t at = 0;
+  for (const std::string& line : child.Lines()) {
+    if (at < expected.size() && line.find(expected[at]) != std::string::npos) ++at;
+  }
+  EXPECT_EQ(at, expected.size()) << "missing from here on: " << (at < expected.size() ? expected[at] : "")
+                                 << "\noutput:\n" << child.Output();
+}
+
+}  // namespace
+
+TEST(Startup, TraceOrderSettingsAndLastFile) {
+  Sandbox box;
+  const std::string file = box.Write("sample.cpp", "int main() { return 0; }\n");
+  {
+    Child nebro({NEBRO_EXECUTABLE, file}, box.Env());
+    ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+    nebro.Signal(SIGTERM);
+    EXPECT_EQ(nebro.Wait(), 0);
+    ExpectInOrder(nebro, {
+        "Nebro: wWinMain started", "Nebro: Loading settings",
+        "Nebro: Parsing command line for --viewer flag", "Nebro: Initializing common controls",
+        "Nebro: Loading libscintilla.so", "Nebro: libscintilla.so loaded",
+        "Nebro: Loading liblexilla.so", "Nebro: liblexilla.so loaded", "Nebro: CreateLexer function found",
+        "Nebro: Initializing critical section", "Nebro: Registering Scintilla window class",
+        "Nebro: Loading accelerators", "Nebro: Registering main window class", "Nebro: Window class registered",
+        "Nebro: Creating main window", "Nebro: Normal mode - using settings for window position",
+        "Nebro: Using default position (CW_USEDEFAULT)",
+        "Nebro: Window size: 920 x 660, pos: -2147483648, -2147483648", "Nebro: Main window created",
+        "Nebro: Window shown", "Nebro: Processing command line arguments", "Nebro: Command line has 2 arguments",
+        "Nebro: First argument: " + file, "Nebro: Normal mode - loading file from command line",
+        "Nebro: Entering message loop", "Nebro: FileLoad called for: " + file, "Nebro: File opened successfully",
+        "Nebro: File read successfully", "Nebro: FileLoad completed successfully", "Nebro: Exited message loop",
+        "Nebro: Cleaning up resources", "Nebro: liblexilla.so unloaded", "Nebro: libscintilla.so unloaded",
+        "Nebro: Exiting with code 0"});
+  }
+  // The first start left a valid settings file; the exit stored the document and the window.
+  EXPECT_EQ(fs::file_size(box.Config()), 36703u);
+  bool ok = false;
+  nebro::AppSettings s = LoadConfig(box, &ok);
+  ASSERT_TRUE(ok);
+  EXPECT_FALSE(s.firstRun);
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::FieldText(s.lastFile)), file);
+  EXPECT_EQ(s.windowWidth, 920);
+  EXPECT_EQ(s.windowHeight, 660);
+
+  // No argument: the last file comes back.
+  {
+    Child nebro({NEBRO_EXECUTABLE}, box.Env());
+    ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+    nebro.Signal(SIGINT);
+    EXPECT_EQ(nebro.Wait(), 0);
+    ExpectInOrder(nebro, {"Nebro: Command line has 1 arguments",
+                          "Nebro: No command line file, checking last file from settings",
+                          "Nebro: Loading last file from settings", "Nebro: FileLoad called for: " + file});
+  }
+  // The last file is gone: an untitled start that forgets it.
+  fs::remove(file);
+  {
+    Child nebro({NEBRO_EXECUTABLE}, box.Env());
+    ASSERT_TRUE(nebro.WaitForLine("Nebro: Entering message loop")) << nebro.Output();
+    nebro.Signal(SIGTERM);
+    EXPECT_EQ(nebro.Wait(), 0);
+    ExpectInOrder(nebro, {"Nebro: Last file no longer exists, clearing", "Nebro: Entering message loop"});
+    EXPECT_EQ(nebro.Output().find("FileLoad called"), std::string::npos);
+  }
+  EXPECT_EQ(nebro::FieldText(LoadConfig(box).lastFile), u"");
+}
+
+TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
+  Sandbox box;
+  nebro::AppSettings s;
+  nebro::SetDefaultSettings(s);
+  s.firstRun = false;
+  s.windowX = 0x80000000;  // default X with a real Y: both default
+  s.windowY = 50;
+  s.windowWidth = 700;
+  s.windowHeight = 500;
+  s.theme = 9;
+  fs::create_directories(box.dir + "/cfg/Nebro");
+  ASSERT_TRUE(nebro::SaveSettingsTo(box.Config(), s));
+  const std::string file = box.Write("notes.md", "# Title\n\nSome *text*.\n");
+  {
+    Child nebro({NEBRO_EXECUTABLE, file}, box.Env());
+    ASSERT_TRUE(nebro.WaitForLine("FileLoad completed successfully")) << nebro.Output();
+    nebro.Signal(SIGTERM);
+    EXPECT_EQ(nebro.Wait(), 0);
+    ExpectInOrder(nebro, {"Nebro: Using default position (CW_USEDEFAULT)",
+                          "Nebro: Window size: 700 x 500, pos: -2147483648, -2147483648"});
+  }
+  EXPECT_EQ(LoadConfig(box).theme, 9u);  // kept as stored, drawn as theme 0
+
+  const std::string before = ReadAll(box.Config());
+  {
+    Child viewer({NEBRO_EXECUTABLE, "--viewer", file, "--nebro-viewer-geometry=40,60,500,400"}, box.Env());
+    ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
+    viewer.Signal(SIGTERM);
+    EXPECT_EQ(viewer.Wait(), 0);
+    ExpectInOrder(viewer, {"Nebro: Viewer mode enabled", "Nebro: libscintilla.so loaded",
+                           "Nebro: Viewer mode - getting window position from STARTUPINFO",
+                           "Nebro: Using position from STARTUPINFO", "Nebro: Viewer window size set",
+                           "Nebro: Window size: 500 x 400, pos: 40, 60",
+                           "Nebro: Viewer mode - loading file from command line"});
+    EXPECT_EQ(viewer.Output().find("liblexilla"), std::string::npos);
+  }
+  EXPECT_EQ(ReadAll(box.Config()), before);  // a viewer never writes the settings
+
+  // A lone --viewer opens a viewer that then reports a file named "--viewer" as not found.
+  {
+    Child viewer({NEBRO_EXECUTABLE, "--viewer"}, box.Env());
+    ASSERT_TRUE(viewer.WaitForLine("Failed to open file")) << viewer.Output();
+    viewer.Signal(SIGKILL);  // the box is modal; nothing to save in a viewer
+    viewer.Wait();
+    ExpectInOrder(viewer, {"Nebro: Viewer mode enabled", "Nebro: Window size: 660 x 820",
+                           "Nebro: Normal mode - loading file from command line",
+                           "Nebro: FileLoad called for: --viewer"});
+  }
+}
+
+TEST(Startup, MissingLibrariesAreFatal) {
+  Sandbox box;
+  const std::string bin = box.dir + "/bin";
+  fs::create_directories(bin);
+  fs::copy_file(NEBRO_EXECUTABLE, bin + "/nebro");
+  auto runExpectingFatal = [&](const std::string& trace, std::vector<std::string> args) {
+    args.insert(args.begin(), bin + "/nebro");
+    Child nebro(args, box.Env());
+    EXPECT_TRUE(nebro.WaitForLine(trace)) << nebro.Output();
+    // Answer the fatal box like a person would; the box going away ends the process.
+    int code = -1;
+    for (int i = 0; i < 50 && code == -1; ++i) {
+      Shell("xdotool search --name '^Nebro - Fatal Error$' windowfocus --sync key Escape >/dev/null 2>&1");
+      code = nebro.Wait(200);
+    }
+    EXPECT_EQ(code, 1) << nebro.Output();
+    EXPECT_EQ(nebro.Output().find("Entering message loop"), std::string::npos);
+  };
+
+  // A broken libscintilla.so beside the executable is used and fails.
+  std::ofstream(bin + "/libscintilla.so") << "not a library";
+  runExpectingFatal("Nebro: ERROR - libscintilla.so not found", {});
+  runExpectingFatal("Nebro: ERROR - libscintilla.so not found", {"--viewer", "x.txt"});
+
+  // A lexer library without CreateLexer (the editing library itself has none).
+  fs::remove(bin + "/libscintilla.so");
+  fs::create_symlink(NEBRO_SCINTILLA_DIR "/libscintilla.so", bin + "/libscintilla.so");
+  fs::create_symlink(NEBRO_SCINTILLA_DIR "/libscintilla.so", bin + "/liblexilla.so");
+  runExpectingFatal("Nebro: ERROR - CreateLexer not found in liblexilla.so", {});
+
+  // The viewer does not look for the lexer library at all.
+  std::ofstream(box.dir + "/v.txt") << "viewer text\n";
+  Child viewer({bin + "/nebro", "--viewer", box.dir + "/v.txt"}, box.Env());
+  ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
+  viewer.Signal(SIGTERM);
+  EXPECT_EQ(viewer.Wait(), 0);
+}

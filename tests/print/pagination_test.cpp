@@ -1,0 +1,256 @@
+#include "print/pagination.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace nebro {
+namespace {
+
+using Starts = std::vector<int32_t>;
+
+// A monospaced fake: ten pixels per character, rows of ten pixels, wrapped at the width.
+LineMeasure FakeMeasure(int emptyHeight = 10) {
+  LineMeasure m;
+  m.textHeight = [](std::string_view line, int width) {
+    const int perRow = std::max(1, width / 10);
+    const int rows = (static_cast<int>(line.size()) + perRow - 1) / perRow;
+    return rows * 10;
+  };
+  m.emptyLineHeight = emptyHeight;
+  return m;
+}
+
+std::string Lines(int count, const std::string& line = "x") {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += line + "\n";
+  return text;
+}
+
+PaginationResult Paginate(const std::string& text, int height, PaginationHooks hooks = {}) {
+  if (!hooks.measure.textHeight) hooks.measure = FakeMeasure();
+  return PaginateLines(text, SplitPrintLines(text), 100, height, hooks);
+}
+
+TEST(Pagination, LinesEndAtCrLfAndCrLfWithoutATrailingEmptyLine) {
+  const std::string text = "a\r\nbb\rc\nd";
+  EXPECT_EQ(SplitPrintLines(text), (std::vector<LineSpan>{{0, 1}, {3, 2}, {6, 1}, {8, 1}}));
+  EXPECT_EQ(SplitPrintLines("abc"), (std::vector<LineSpan>{{0, 3}}));
+  EXPECT_EQ(SplitPrintLines("a\n"), (std::vector<LineSpan>{{0, 1}}));
+  EXPECT_EQ(SplitPrintLines("a\n\n"), (std::vector<LineSpan>{{0, 1}, {2, 0}}));
+  EXPECT_EQ(SplitPrintLines("\r\n"), (std::vector<LineSpan>{{0, 0}}));
+  EXPECT_EQ(SplitPrintLines("\n\r"), (std::vector<LineSpan>{{0, 0}, {1, 0}}));
+  EXPECT_EQ(SplitPrintLines("\r\r\n"), (std::vector<LineSpan>{{0, 0}, {1, 0}}));
+  EXPECT_TRUE(SplitPrintLines("").empty());
+  EXPECT_EQ(LineText(text, SplitPrintLines(text)[1]), "bb");
+}
+
+TEST(Pagination, TheLineCrossingTheBottomStaysAndTheNextPageStartsEmpty) {
+  // Each one-character line takes 10 + 2 pixels; 50 pixels hold four and the fifth crosses.
+  PaginationHooks hooks;
+  std::vector<std::pair<int, int64_t>> added;
+  hooks.pageAdded = [&](int pages, int64_t lines) { added.push_back({pages, lines}); };
+  EXPECT_EQ(Paginate(Lines(12), 50, hooks).pageStarts, (Starts{0, 5, 10}));
+  EXPECT_EQ(added, (std::vector<std::pair<int, int64_t>>{{2, 5}, {3, 10}}));
+
+  // Filling the content height exactly is no overflow; one pixel less is.
+  EXPECT_EQ(Paginate(Lines(12), 48).pageStarts, (Starts{0, 5, 10}));
+  EXPECT_EQ(Paginate(Lines(12), 47).pageStarts, (Starts{0, 4, 8}));
+  // The last line crossing the bottom opens no empty page.
+  EXPECT_EQ(Paginate(Lines(5), 50).pageStarts, (Starts{0}));
+  EXPECT_EQ(Paginate(Lines(6), 50).pageStarts, (Starts{0, 5}));
+}
+
+TEST(Pagination, TallLinesEmptyTextBlankLinesAndFailedMeasures) {
+  const std::string tall(1000, 'w');  // 100 rows: 1000 pixels, far taller than a page
+  EXPECT_EQ(Paginate(tall, 50).pageStarts, (Starts{0}));
+  EXPECT_EQ(Paginate("a\n" + tall + "\nb\nc", 50).pageStarts, (Starts{0, 2}));
+  // The next page starts at 0, not at the tall line's height.
+  EXPECT_EQ(Paginate(tall + "\n" + Lines(6), 50).pageStarts, (Starts{0, 1, 6}));
+
+  const auto empty = Paginate("", 50);
+  EXPECT_EQ(empty.pageStarts, (Starts{0}));
+  EXPECT_FALSE(empty.cancelled);
+
+  // Blank lines take the font's height and are never measured.
+  int measured = 0;
+  PaginationHooks hooks;
+  hooks.measure = FakeMeasure(4);
+  const auto inner = hooks.measure.textHeight;
+  hooks.measure.textHeight = [&](std::string_view line, int width) {
+    ++measured;
+    EXPECT_FALSE(line.empty());
+    return inner(line, width);
+  };
+  // x (12) + four blanks (6 each: 36) + x (48) + blank (54 > 50): the next line starts page 2.
+  EXPECT_EQ(Paginate("x\n\n\n\n\nx\n\nx\n", 50, hooks).pageStarts, (Starts{0, 7}));
+  EXPECT_EQ(measured, 3);
+
+  // A failed measure counts as the font's height.
+  hooks.measure.textHeight = [](std::string_view, int) { return 0; };
+  EXPECT_EQ(Paginate(Lines(12, "long line"), 24, hooks).pageStarts, (Starts{0, 5, 10}));
+  hooks.measure.textHeight = [](std::string_view, int) { return -3; };
+  EXPECT_EQ(Paginate(Lines(12, "long line"), 24, hooks).pageStarts, (Starts{0, 5, 10}));
+
+  // Wrapped lines count all their rows: 25 characters in 10 per row are 30 pixels.
+  EXPECT_EQ(Paginate(Lines(4, std::string(25, 'y')), 60).pageStarts, (Starts{0, 2}));
+}
+
+TEST(Pagination, CancelIsPolledEveryFiftyLines) {
+  const std::string text = Lines(120);
+  int polls = 0;
+  PaginationHooks hooks;
+  hooks.cancelRequested = [&] { return ++polls == 2; };
+  int measured = 0;
+  hooks.measure = FakeMeasure();
+  hooks.measure.textHeight = [&](std::string_view, int) { return ++measured, 10; };
+  const auto r = Paginate(text, 50, hooks);
+  EXPECT_TRUE(r.cancelled);
+  EXPECT_EQ(polls, 2);
+  EXPECT_EQ(measured, 50);  // lines 0-49, stopped before line 50
+
+  polls = 0;
+  hooks.cancelRequested = [&] { return ++polls, false; };
+  EXPECT_FALSE(Paginate(text, 50, hooks).cancelled);
+  EXPECT_EQ(polls, 3);  // before lines 0, 50 and 100
+}
+
+TEST(Pagination, PagesAreLaidOutLineByLine) {
+  const std::string text = "a\n\n" + std::string(25, 'z') + "\nq";
+  const auto lines = SplitPrintLines(text);
+  const Starts starts{0, 3};
+  EXPECT_EQ(LinesOfPage(starts, 0, lines.size()), (PageLineRange{0, 3}));
+  EXPECT_EQ(LinesOfPage(starts, 1, lines.size()), (PageLineRange{3, 4}));
+  EXPECT_EQ(LinesOfPage(starts, 2, lines.size()), (PageLineRange{4, 4}));
+
+  const auto placed = LayoutPageLines(text, lines, {0, 3}, 100, 100, FakeMeasure(7));
+  ASSERT_EQ(placed.size(), 3u);
+  EXPECT_EQ(placed[0].y, 100);
+  EXPECT_EQ(placed[0].height, 10);
+  EXPECT_EQ(placed[1].y, 112);
+  EXPECT_EQ(placed[1].height, 7);
+  EXPECT_EQ(placed[2].y, 121);
+  EXPECT_EQ(placed[2].height, 30);
+  EXPECT_EQ(placed[2].line, 2u);
+}
+
+// The worker's messages, in the order it posted them.
+struct Posts {
+  std::mutex mutex;
+  std::vector<std::pair<int, int64_t>> progress;
+  std::vector<std::pair<int, int64_t>> end;
+  std::vector<char> order;  // 'p' progress, 'e' end
+};
+
+PaginationWorkerHooks Recording(Posts& posts) {
+  PaginationWorkerHooks hooks;
+  hooks.makeMeasure = [](const PaginationJob&) { return FakeMeasure(); };
+  hooks.postProgress = [&posts](int pages, int64_t lines) {
+    std::lock_guard<std::mutex> lock(posts.mutex);
+    posts.progress.push_back({pages, lines});
+    posts.order.push_back('p');
+  };
+  hooks.postEnd = [&posts](int finished, int64_t result) {
+    std::lock_guard<std::mutex> lock(posts.mutex);
+    posts.end.push_back({finished, result});
+    posts.order.push_back('e');
+  };
+  return hooks;
+}
+
+TEST(PaginationWorker, FinishesWithTheFinalCountAndTheRenderersResult) {
+  PaginationJob job;
+  job.text = Lines(12);
+  job.lineCountHint = 13;
+  job.contentRect = {10, 20, 110, 70};  // 100 wide, 50 high
+  Posts posts;
+  auto hooks = Recording(posts);
+  int renders = 0;
+  hooks.measurePages = [&](const PaginationJob& j) {
+    ++renders;
+    return static_cast<int64_t>(j.pageStarts.size() * 33);
+  };
+  std::thread worker([&] { RunPaginationWorker(job, hooks); });
+  job.startEvent.Set();
+  worker.join();
+
+  EXPECT_EQ(job.pageStarts, (Starts{0, 5, 10}));
+  EXPECT_EQ(job.lines.size(), 12u);
+  EXPECT_FALSE(job.cancelled);
+  EXPECT_EQ(posts.progress, (std::vector<std::pair<int, int64_t>>{{2, 5}, {3, 10}, {3, 0}}));
+  EXPECT_EQ(posts.end, (std::vector<std::pair<int, int64_t>>{{1, 99}}));
+  EXPECT_EQ(posts.order, (std::vector<char>{'p', 'p', 'p', 'e'}));
+  EXPECT_EQ(renders, 1);
+
+  // Without a renderer the result is the page count.
+  PaginationJob single;
+  single.text = "one line";
+  single.contentRect = {0, 0, 100, 50};
+  Posts singlePosts;
+  single.startEvent.Set();
+  RunPaginationWorker(single, Recording(singlePosts));
+  EXPECT_EQ(single.pageStarts, (Starts{0}));
+  EXPECT_EQ(singlePosts.progress, (std::vector<std::pair<int, int64_t>>{{1, 0}}));
+  EXPECT_EQ(singlePosts.end, (std::vector<std::pair<int, int64_t>>{{1, 1}}));
+}
+
+TEST(PaginationWorker, CancelBeforeOrDuringTheSplitStillEnds) {
+  // Cancelled before the worker began: no pages, only the end message.
+  PaginationJob early;
+  early.text = Lines(10);
+  early.contentRect = {0, 0, 100, 50};
+  early.cancelEvent.Set();
+  early.startEvent.Set();
+  Posts earlyPosts;
+  RunPaginationWorker(early, Recording(earlyPosts));
+  EXPECT_TRUE(early.cancelled);
+  EXPECT_TRUE(earlyPosts.progress.empty());
+  EXPECT_EQ(earlyPosts.end, (std::vector<std::pair<int, int64_t>>{{0, 0}}));
+
+  // Cancelled from the measuring while line 120 is measured: noticed at the poll before line
+  // 150, within fifty lines.
+  PaginationJob job;
+  job.text = Lines(1000);
+  job.contentRect = {0, 0, 100, 50};
+  Posts posts;
+  auto hooks = Recording(posts);
+  int measured = 0;
+  hooks.makeMeasure = [&](const PaginationJob&) {
+    LineMeasure m = FakeMeasure();
+    m.textHeight = [&measured, &job](std::string_view, int) {
+      if (++measured == 121) job.cancelEvent.Set();
+      return 10;
+    };
+    return m;
+  };
+  bool rendered = false;
+  hooks.measurePages = [&](const PaginationJob&) { return rendered = true, int64_t{0}; };
+  std::thread worker([&] { RunPaginationWorker(job, hooks); });
+  job.startEvent.Set();
+  worker.join();
+  EXPECT_TRUE(job.cancelled);
+  EXPECT_EQ(measured, 150);
+  EXPECT_FALSE(rendered);
+  EXPECT_EQ(posts.end, (std::vector<std::pair<int, int64_t>>{{0, 0}}));
+  ASSERT_FALSE(posts.order.empty());
+  EXPECT_EQ(posts.order.back(), 'e');
+  for (const auto& p : posts.progress) EXPECT_GT(p.second, 0);  // no final count was posted
+}
+
+TEST(PaginationWorker, EventStaysSetAndWakesWaiters) {
+  PaginationEvent event;
+  EXPECT_FALSE(event.IsSet());
+  EXPECT_FALSE(event.WaitFor(std::chrono::milliseconds(1)));
+  std::thread setter([&] { event.Set(); });
+  EXPECT_TRUE(event.WaitFor(std::chrono::seconds(30)));
+  setter.join();
+  EXPECT_TRUE(event.IsSet());
+  EXPECT_TRUE(event.WaitFor(std::chrono::milliseconds(0)));
+}
+
+}  // namespace
+}  // namespace nebro

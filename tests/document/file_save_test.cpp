@@ -1,0 +1,290 @@
+#include "document/file_save.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "document/file_load.h"
+#include "document_test_util.h"
+
+using namespace nebro;
+using namespace nebro::test;
+
+namespace {
+
+constexpr uint64_t kNoLimit = 1ull << 40;
+
+SaveResult Save(const std::string& path, std::string_view text, TextEncoding encoding, int& lockFd) {
+  return SaveDocumentFile(path, text.data(), text.size(), encoding, lockFd);
+}
+
+bool OnlyNames(const std::string& folder, std::vector<std::string> expected) {
+  std::vector<std::string> names = FolderNames(folder);
+  std::sort(names.begin(), names.end());
+  std::sort(expected.begin(), expected.end());
+  return names == expected;
+}
+
+struct Lock {
+  int fd = -1;
+  ~Lock() { CloseDocumentLock(fd); }
+};
+
+}  // namespace
+
+TEST(FileSave, RoundTripsEveryEncodingAndLineEnding) {
+  // Load a file, save the editor's text back, load again: the text and its line endings stay
+  // exactly; the file becomes UTF-8, with a mark only when it had a UTF-8 mark.
+  TempFolder folder;
+  const std::string path = folder / "round.txt";
+  const std::string endings[] = {"\n", "\r\n", "\r", "\r\n\n\r"};
+  for (const std::string& eol : endings) {
+    const std::string text = "line one" + eol + "line two \xC3\xA9\xE2\x82\xAC" + eol + "end";
+    std::u16string wide = u"line one";
+    for (char c : eol) wide += static_cast<char16_t>(c);
+    wide += u"line two \u00E9\u20AC";
+    for (char c : eol) wide += static_cast<char16_t>(c);
+    wide += u"end";
+    std::string le = "\xFF\xFE", be = "\xFE\xFF";
+    for (char16_t u : wide) {
+      le += static_cast<char>(u & 0xFF);
+      le += static_cast<char>(u >> 8);
+      be += static_cast<char>(u >> 8);
+      be += static_cast<char>(u & 0xFF);
+    }
+    const struct {
+      std::string bytes;
+      TextEncoding encoding;
+      std::string saved;
+    } cases[] = {
+        {text, TextEncoding::Utf8, text},
+        {"\xEF\xBB\xBF" + text, TextEncoding::Utf8Bom, "\xEF\xBB\xBF" + text},
+        {le, TextEncoding::Utf16Le, text},
+        {be, TextEncoding::Utf16Be, text},
+    };
+    for (const auto& c : cases) {
+      WriteBytes(path, c.bytes);
+      LoadResult loaded = LoadDocumentFile(path, kNoLimit);
+      ASSERT_EQ(loaded.decision, LoadDecision::Loaded);
+      EXPECT_EQ(loaded.encoding, c.encoding);
+      EXPECT_EQ(loaded.text.view(), text);
+      int lockFd = loaded.lock.Release();
+      const SaveResult saved = Save(path, loaded.text.view(), loaded.encoding, lockFd);
+      EXPECT_TRUE(saved.Ok()) << saved.detail;
+      EXPECT_EQ(ReadBytes(path), c.saved);
+      CloseDocumentLock(lockFd);
+      LoadResult again = LoadDocumentFile(path, kNoLimit);
+      EXPECT_EQ(again.text.view(), text);
+      EXPECT_EQ(again.eolMode, loaded.eolMode);
+    }
+  }
+  EXPECT_TRUE(OnlyNames(folder.Path(), {"round.txt"}));  // no temporary file left behind
+}
+
+TEST(FileSave, ShorterTextReplacesTheWholeFileAndTheLockMovesToIt) {
+  TempFolder folder;
+  const std::string path = folder / "doc.txt";
+  WriteBytes(path, "a long first version of the text\n");
+  LoadResult loaded = LoadDocumentFile(path, kNoLimit);
+  Lock lock{loaded.lock.Release()};
+  ASSERT_TRUE(Save(path, "short", TextEncoding::Utf8, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(path), "short");
+  // The document holds the lock of the file now on disk, open for writing.
+  ASSERT_GE(lock.fd, 0);
+  EXPECT_EQ(fcntl(lock.fd, F_GETFL) & O_ACCMODE, O_RDWR);
+  struct stat onDisk {}, held {};
+  stat(path.c_str(), &onDisk);
+  fstat(lock.fd, &held);
+  EXPECT_EQ(onDisk.st_ino, held.st_ino);
+  EXPECT_EQ(OpenDocumentFile(path).error, kOpenErrorLocked);
+
+  // Saving again onto the file we hold the lock of is not refused as "locked elsewhere".
+  EXPECT_TRUE(Save(path, "", TextEncoding::Utf8Bom, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(path), "\xEF\xBB\xBF");
+}
+
+TEST(FileSave, SaveAsWritesTheChosenFileAndReleasesTheOldOne) {
+  TempFolder folder;
+  const std::string oldPath = folder / "old.txt";
+  const std::string newPath = folder / "new.md";
+  WriteBytes(oldPath, "old content");
+  LoadResult loaded = LoadDocumentFile(oldPath, kNoLimit);
+  Lock lock{loaded.lock.Release()};
+  ASSERT_TRUE(Save(newPath, "new content", TextEncoding::Utf8, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(oldPath), "old content");
+  EXPECT_EQ(ReadBytes(newPath), "new content");
+  EXPECT_EQ(OpenDocumentFile(newPath).error, kOpenErrorLocked);
+  EXPECT_EQ(OpenDocumentFile(oldPath).error, 0);  // no longer held
+
+  // A new file gets the usual permissions: 0666 less the umask.
+  const mode_t mask = umask(022);
+  umask(mask);
+  struct stat st {};
+  stat(newPath.c_str(), &st);
+  EXPECT_EQ(st.st_mode & 0777, 0666 & ~mask);
+}
+
+TEST(FileSave, KeepsPermissionsOwnerAndHardLinks) {
+  TempFolder folder;
+  const std::string path = folder / "script.sh";
+  WriteBytes(path, "#!/bin/sh\n");
+  chmod(path.c_str(), 0751);
+  int lockFd = -1;
+  ASSERT_TRUE(Save(path, "#!/bin/sh\necho hi\n", TextEncoding::Utf8, lockFd).Ok());
+  struct stat st {};
+  stat(path.c_str(), &st);
+  EXPECT_EQ(st.st_mode & 07777, 0751u);
+  CloseDocumentLock(lockFd);
+
+  if (geteuid() == 0) {
+    // Someone else's file edited by root keeps its owner.
+    ASSERT_EQ(chown(path.c_str(), kNobody, kNobody), 0);
+    ASSERT_TRUE(Save(path, "owned", TextEncoding::Utf8, lockFd).Ok());
+    stat(path.c_str(), &st);
+    EXPECT_EQ(st.st_uid, kNobody);
+    EXPECT_EQ(st.st_gid, kNobody);
+    EXPECT_EQ(st.st_mode & 07777, 0751u);
+    CloseDocumentLock(lockFd);
+  }
+
+  // A file with a second name: both names see the new text.
+  const std::string other = folder / "other-name.sh";
+  ASSERT_EQ(link(path.c_str(), other.c_str()), 0);
+  ASSERT_TRUE(Save(path, "linked", TextEncoding::Utf8, lockFd).Ok());
+  EXPECT_EQ(ReadBytes(other), "linked");
+  CloseDocumentLock(lockFd);
+}
+
+TEST(FileSave, FollowsSymbolicLinksToTheRealFile) {
+  TempFolder folder;
+  mkdir((folder / "real").c_str(), 0755);
+  const std::string real = folder / "real/target.txt";
+  WriteBytes(real, "before");
+  chmod(real.c_str(), 0640);
+  ASSERT_EQ(symlink("real/target.txt", (folder / "relative-link").c_str()), 0);
+  ASSERT_EQ(symlink((folder / "relative-link").c_str(), (folder / "link-to-link").c_str()), 0);
+
+  int lockFd = -1;
+  const SaveResult r = Save(folder / "link-to-link", "after", TextEncoding::Utf8, lockFd);
+  ASSERT_TRUE(r.Ok()) << r.detail;
+  EXPECT_EQ(r.target, folder / "real/target.txt");
+  struct stat st {};
+  ASSERT_EQ(lstat((folder / "link-to-link").c_str(), &st), 0);
+  EXPECT_TRUE(S_ISLNK(st.st_mode));  // the links stay links
+  ASSERT_EQ(lstat((folder / "relative-link").c_str(), &st), 0);
+  EXPECT_TRUE(S_ISLNK(st.st_mode));
+  EXPECT_EQ(ReadBytes(real), "after");
+  stat(real.c_str(), &st);
+  EXPECT_EQ(st.st_mode & 0777, 0640u);
+  EXPECT_TRUE(OnlyNames(folder / "real", {"target.txt"}));
+  CloseDocumentLock(lockFd);
+
+  // A dangling link creates its target; a loop is an error that changes nothing.
+  ASSERT_EQ(symlink("real/created.txt", (folder / "dangling").c_str()), 0);
+  ASSERT_TRUE(Save(folder / "dangling", "made", TextEncoding::Utf8, lockFd).Ok());
+  EXPECT_EQ(ReadBytes(folder / "real/created.txt"), "made");
+  CloseDocumentLock(lockFd);
+  ASSERT_EQ(symlink("loop-b", (folder / "loop-a").c_str()), 0);
+  ASSERT_EQ(symlink("loop-a", (folder / "loop-b").c_str()), 0);
+  const SaveResult loop = Save(folder / "loop-a", "x", TextEncoding::Utf8, lockFd);
+  EXPECT_FALSE(loop.Ok());
+  EXPECT_EQ(loop.errnoValue, ELOOP);
+}
+
+TEST(FileSave, FullDiskLosesNothing) {
+  TempFolder folder;
+  const std::string disk = folder / "small";
+  if (!MountSmallTmpfs(folder, disk, 64 * 1024)) GTEST_SKIP() << kNoMountsReason;
+  const std::string path = disk + "/notes.txt";
+  const std::string original(20 * 1024, 'o');
+  WriteBytes(path, original);
+  LoadResult loaded = LoadDocumentFile(path, kNoLimit);
+  Lock lock{loaded.lock.Release()};
+  const int before = lock.fd;
+
+  const std::string bigger(100 * 1024, 'n');
+  const SaveResult r = Save(path, bigger, TextEncoding::Utf8, lock.fd);
+  EXPECT_EQ(r.error, SaveError::NoSpace) << r.detail;
+  EXPECT_EQ(ReadBytes(path), original);
+  EXPECT_TRUE(OnlyNames(disk, {"notes.txt"}));  // the partial temporary file is gone
+  EXPECT_EQ(lock.fd, before);                   // the document keeps its lock
+  EXPECT_EQ(OpenDocumentFile(path).error, kOpenErrorLocked);
+
+  // What fits is saved.
+  EXPECT_TRUE(Save(path, std::string(30 * 1024, 'f'), TextEncoding::Utf8, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(path).size(), 30u * 1024);
+
+  // Rewritten in place (a file with a second name): the space is reserved before the first old
+  // byte is overwritten, so the full disk is found in time there too.
+  ASSERT_EQ(link(path.c_str(), (disk + "/second-name.txt").c_str()), 0);
+  const std::string kept = ReadBytes(path);
+  EXPECT_EQ(Save(path, bigger, TextEncoding::Utf8, lock.fd).error, SaveError::NoSpace);
+  EXPECT_EQ(ReadBytes(path), kept);
+  EXPECT_TRUE(Save(path, "fits", TextEncoding::Utf8, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(disk + "/second-name.txt"), "fits");
+
+  // A device that is always full is no file to save into.
+  int none = -1;
+  const SaveResult full = Save("/dev/full", "x", TextEncoding::Utf8, none);
+  EXPECT_EQ(full.error, SaveError::NotRegularFile);
+}
+
+TEST(FileSave, ReadOnlyTargetsAreReportedAndUntouched) {
+  TempFolder folder;
+  const std::string path = folder / "locked.txt";
+  WriteBytes(path, "keep me");
+  chmod(path.c_str(), 0444);
+  int lockFd = -1;
+  // The user's own read-only file, and someone else's, in a folder the user may write (where a
+  // rename could replace them).
+  for (bool own : {true, false}) {
+    if (geteuid() == 0) ASSERT_EQ(chown(path.c_str(), own ? kNobody : 0, own ? kNobody : 0), 0);
+    AsNobody nobody;
+    const SaveResult r = Save(path, "overwritten", TextEncoding::Utf8, lockFd);
+    EXPECT_EQ(r.error, SaveError::ReadOnlyFile) << r.detail;
+    EXPECT_EQ(ReadBytes(path), "keep me");
+    EXPECT_EQ(lockFd, -1);
+  }
+
+  // A file another program holds the lock of.
+  chmod(path.c_str(), 0644);
+  OpenedDocument other = OpenDocumentFile(path);
+  ASSERT_TRUE(other.locked);
+  EXPECT_EQ(Save(path, "overwritten", TextEncoding::Utf8, lockFd).error, SaveError::LockedElsewhere);
+  EXPECT_EQ(ReadBytes(path), "keep me");
+  other.fd.Reset();
+
+  // A read-only disk.
+  mkdir((folder / "src").c_str(), 0777);
+  WriteBytes(folder / "src/a.txt", "on disk");
+  if (!MountReadOnlyView(folder, folder / "src", folder / "ro")) GTEST_SKIP() << kNoMountsReason;
+  EXPECT_EQ(Save(folder / "ro/a.txt", "changed", TextEncoding::Utf8, lockFd).error,
+            SaveError::ReadOnlyFileSystem);
+  EXPECT_EQ(Save(folder / "ro/new.txt", "new", TextEncoding::Utf8, lockFd).error,
+            SaveError::ReadOnlyFileSystem);
+  EXPECT_EQ(ReadBytes(folder / "src/a.txt"), "on disk");
+}
+
+TEST(FileSave, FolderProblems) {
+  TempFolder folder;
+  int lockFd = -1;
+  EXPECT_EQ(Save(folder / "gone/x.txt", "x", TextEncoding::Utf8, lockFd).error,
+            SaveError::FolderMissing);
+  EXPECT_EQ(Save(folder.Path(), "x", TextEncoding::Utf8, lockFd).error, SaveError::NotRegularFile);
+
+  // A folder that may not be written: a new file cannot be made there...
+  const std::string closed = folder / "closed";
+  mkdir(closed.c_str(), 0777);
+  WriteBytes(closed + "/writable.txt", "old text that is longer");
+  chmod((closed + "/writable.txt").c_str(), 0666);
+  chmod(closed.c_str(), 0555);
+  AsNobody nobody;
+  EXPECT_EQ(Save(closed + "/new.txt", "x", TextEncoding::Utf8, lockFd).error,
+            SaveError::PermissionDenied);
+  // ...but a writable file in it is rewritten in place.
+  const SaveResult r = Save(closed + "/writable.txt", "new", TextEncoding::Utf8Bom, lockFd);
+  EXPECT_TRUE(r.Ok()) << r.detail;
+  EXPECT_EQ(ReadBytes(closed + "/writable.txt"), "\xEF\xBB\xBFnew");
+  EXPECT_GE(lockFd, 0);
+  CloseDocumentLock(lockFd);
+}

@@ -1,5 +1,7 @@
 #include "export/export_output.h"
 
+#include "export/output_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -63,8 +65,6 @@ bool ExportBytes::Append(std::string_view bytes) {
   return true;
 }
 
-namespace {
-
 bool WriteAll(int fd, std::string_view bytes) {
   const char* p = bytes.data();
   size_t left = bytes.size();
@@ -82,6 +82,8 @@ bool WriteAll(int fd, std::string_view bytes) {
   }
   return true;
 }
+
+namespace {
 
 // The file a path finally names: a symbolic link is followed to its target so that the link
 // survives the replacement. A dangling link is replaced like a missing file.
@@ -102,7 +104,8 @@ int CreateSibling(const std::string& target, std::string& siblingPath) {
   static std::atomic<unsigned> counter{0};
   const size_t slash = target.rfind('/');
   const std::string folder = slash == std::string::npos ? std::string() : target.substr(0, slash + 1);
-  const std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
+  // Part of the name is enough to recognise the file, and keeps long names within NAME_MAX.
+  const std::string name = (slash == std::string::npos ? target : target.substr(slash + 1)).substr(0, 100);
   const auto clock = static_cast<unsigned long long>(
       std::chrono::steady_clock::now().time_since_epoch().count());
   for (int attempt = 0; attempt < 100; ++attempt) {
@@ -126,33 +129,62 @@ ExportResult WriteInPlace(const std::string& target, std::string_view bytes) {
 
 }  // namespace
 
-ExportResult WriteExportFile(const std::string& path, std::string_view bytes) {
-  if (path.empty()) return ExportResult::CannotCreate;
-  const std::string target = ResolveTarget(path);
+OpenOutcome OpenOutputFile(const std::string& path, OutputFile& file) {
+  file = OutputFile{};
+  if (path.empty()) return OpenOutcome::Refused;
+  file.target = ResolveTarget(path);
 
   struct stat existing;
-  const bool exists = ::stat(target.c_str(), &existing) == 0;
-  if (exists) {
-    if (S_ISDIR(existing.st_mode)) return ExportResult::CannotCreate;
-    if (::access(target.c_str(), W_OK) != 0) return ExportResult::CannotCreate;
+  if (::stat(file.target.c_str(), &existing) == 0) {
+    if (S_ISDIR(existing.st_mode)) return OpenOutcome::Refused;
+    if (::access(file.target.c_str(), W_OK) != 0) return OpenOutcome::Refused;
+    file.keepMode = true;
+    file.mode = existing.st_mode & 07777;
   }
-
-  std::string sibling;
-  const int fd = CreateSibling(target, sibling);
-  if (fd < 0) {
+  file.fd = CreateSibling(file.target, file.temp);
+  if (file.fd < 0) {
+    file.temp.clear();
     // A folder we may not add files to can still hold a file we may overwrite.
-    return WriteInPlace(target, bytes);
+    return file.keepMode ? OpenOutcome::InPlaceOnly : OpenOutcome::Refused;
   }
-  bool ok = true;
-  if (exists) ok = ::fchmod(fd, existing.st_mode & 07777) == 0;
-  ok = ok && WriteAll(fd, bytes);
-  ok = (::close(fd) == 0) && ok;
-  ok = ok && ::rename(sibling.c_str(), target.c_str()) == 0;
-  if (!ok) {
-    ::unlink(sibling.c_str());
+  if (file.keepMode && ::fchmod(file.fd, file.mode) != 0) {
+    AbandonOutputFile(file);
+    return OpenOutcome::Refused;
+  }
+  return OpenOutcome::Opened;
+}
+
+ExportResult FinishOutputFile(OutputFile& file) {
+  const bool closed = ::close(file.fd) == 0;
+  file.fd = -1;
+  if (!closed || ::rename(file.temp.c_str(), file.target.c_str()) != 0) {
+    ::unlink(file.temp.c_str());
     return ExportResult::WriteFailed;
   }
   return ExportResult::Ok;
+}
+
+void AbandonOutputFile(OutputFile& file) {
+  if (file.fd >= 0) ::close(file.fd);
+  file.fd = -1;
+  if (!file.temp.empty()) ::unlink(file.temp.c_str());
+}
+
+ExportResult WriteExportFile(const std::string& path, std::string_view bytes) {
+  OutputFile file;
+  switch (OpenOutputFile(path, file)) {
+    case OpenOutcome::Refused:
+      return ExportResult::CannotCreate;
+    case OpenOutcome::InPlaceOnly:
+      return WriteInPlace(file.target, bytes);
+    case OpenOutcome::Opened:
+      break;
+  }
+  if (!WriteAll(file.fd, bytes)) {
+    AbandonOutputFile(file);
+    return ExportResult::WriteFailed;
+  }
+  return FinishOutputFile(file);
 }
 
 }  // namespace nebro

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string>
 
 #include "export/byte_writer.h"
 #include "export/export_rules.h"
@@ -38,9 +39,8 @@ constexpr std::array<Escape, 256> MakeEscapes() {
 }
 
 constexpr std::array<Escape, 256> kEscapes = MakeEscapes();
-constexpr size_t kLongestEscape = 6;
-// Bytes of one run escaped per request for room, so that a huge line needs no huge promise.
-constexpr size_t kBlock = 64 * 1024;
+// Text bytes handled per request for room, so that a huge line needs no huge promise.
+constexpr size_t kBlock = 4096;
 
 // "<span class=\"sN\">" for every style number, ready to copy.
 struct SpanOpen {
@@ -105,46 +105,57 @@ constexpr std::string_view kNumberOpen = "        <div class=\"line-number\">";
 constexpr std::string_view kLineOpen = "        <div class=\"code-line\">";
 constexpr std::string_view kDivClose = "</div>\n";
 constexpr std::string_view kSpanClose = "</span>";
+// The most one text byte can add to a code line: closing the previous span, opening the next
+// (copied as a whole 24-byte entry) and an escape (copied as a whole 8-byte entry).
+constexpr size_t kMostPerByte = kSpanClose.size() + sizeof(SpanOpen::text) + sizeof(Escape::text);
 
-ExportResult Fail(ExportBytes& out, ExportResult result) {
-  out.release();
-  return result;
-}
+// A decimal line number kept as text and counted up in place.
+class DecimalCounter {
+ public:
+  DecimalCounter() { digits_[sizeof digits_ - 1] = '1'; }
+  std::string_view text() const { return {digits_ + sizeof digits_ - length_, length_}; }
+  void Increment() {
+    for (size_t i = sizeof digits_; i-- > sizeof digits_ - length_;) {
+      if (digits_[i] != '9') {
+        ++digits_[i];
+        return;
+      }
+      digits_[i] = '0';
+    }
+    ++length_;
+    digits_[sizeof digits_ - length_] = '1';
+  }
 
-}  // namespace
+ private:
+  char digits_[24] = {};
+  size_t length_ = 1;
+};
 
-ExportResult BuildHtmlPage(const HtmlExportInput& in, ExportBytes& out, const ExportMonitor& monitor) {
-  out.clear();
-  const std::string_view text = in.document.text;
-  if (in.document.styles.size() != text.size()) return Fail(out, ExportResult::BadInput);
-  const size_t len = text.size();
-  if (len > (SIZE_MAX - 20000) / 3 || !out.Reserve(3 * len + 20000))
-    return Fail(out, ExportResult::OutOfMemory);
-
+ExportResult GenerateHtml(const HtmlExportInput& in, ByteWriter& w, const ExportMonitor& monitor) {
   static const std::array<SpanOpen, kExportStyleCount> spanOpens = MakeSpanOpens();
+  const std::string_view text = in.document.text;
+  const size_t len = text.size();
   const char* t = text.data();
   const auto* styles = reinterpret_cast<const unsigned char*>(in.document.styles.data());
 
-  ByteWriter w(out);
-  if (!w.Append(PageHead(in))) return Fail(out, ExportResult::OutOfMemory);
+  if (!w.Append(PageHead(in))) return w.failure();
 
   // The number column comes first, so the lines are counted before any is written.
-  const int64_t lines = 1 + std::count(text.begin(), text.end(), '\n');
-  for (int64_t i = 1; i <= lines; ++i) {
-    if (!w.Room(kNumberOpen.size() + 20 + kDivClose.size()))
-      return Fail(out, ExportResult::OutOfMemory);
+  const int64_t lines = 1 + CountLineFeeds(text);
+  DecimalCounter number;
+  for (int64_t i = 1; i <= lines; ++i, number.Increment()) {
+    if (!w.Room(kNumberOpen.size() + 24 + kDivClose.size())) return w.failure();
     w.Put(kNumberOpen);
-    w.PutNumber(i);
+    w.Put(number.text());
     w.Put(kDivClose);
   }
-  if (!w.Append("    </div>\n    <div class=\"code-content\">\n"))
-    return Fail(out, ExportResult::OutOfMemory);
+  if (!w.Append("    </div>\n    <div class=\"code-content\">\n")) return w.failure();
 
   const int32_t step = ProgressStep(in.lineCount);
   int32_t untilProgress = 0;
   size_t pos = 0;
   for (int64_t k = 0;; ++k) {
-    if (monitor.isCancelled && monitor.isCancelled()) return Fail(out, ExportResult::Cancelled);
+    if (monitor.isCancelled && monitor.isCancelled()) return ExportResult::Cancelled;
     if (untilProgress == 0) {
       if (monitor.onProgress) monitor.onProgress(static_cast<uint32_t>(k + 1));
       untilProgress = step;
@@ -153,58 +164,82 @@ ExportResult BuildHtmlPage(const HtmlExportInput& in, ExportBytes& out, const Ex
 
     const void* lf = len > pos ? std::memchr(t + pos, '\n', len - pos) : nullptr;
     const size_t lineEnd = lf ? static_cast<size_t>(static_cast<const char*>(lf) - t) : len;
-    if (!w.Room(kLineOpen.size())) return Fail(out, ExportResult::OutOfMemory);
+    if (!w.Room(kLineOpen.size() + sizeof(SpanOpen::text))) return w.failure();
     w.Put(kLineOpen);
 
-    size_t i = pos;
-    while (i < lineEnd) {
-      // One run: the bytes whose style numbers agree in their low seven bits.
-      const unsigned style = styles[i] & 0x7F;
-      size_t runEnd = i + 1;
-      while (runEnd < lineEnd && (styles[runEnd] & 0x7F) == style) ++runEnd;
-
-      const SpanOpen& open = spanOpens[style];
-      if (!w.Room(sizeof open.text)) return Fail(out, ExportResult::OutOfMemory);
-      std::memcpy(w.cursor(), open.text, sizeof open.text);
-      w.cursor() += open.length;
-      while (i < runEnd) {
-        const size_t blockEnd = std::min(runEnd, i + kBlock);
-        // Room for the worst case plus the padding of the last replacement and the span end.
-        if (!w.Room((blockEnd - i) * kLongestEscape + 16))
-          return Fail(out, ExportResult::OutOfMemory);
+    if (pos < lineEnd) {
+      // Runs are the bytes whose style numbers agree in their low seven bits; every run gets
+      // a span, style 0 included.
+      unsigned style = styles[pos] & 0x7F;
+      std::memcpy(w.cursor(), spanOpens[style].text, sizeof(SpanOpen::text));
+      w.cursor() += spanOpens[style].length;
+      size_t i = pos;
+      while (i < lineEnd) {
+        const size_t blockEnd = std::min(lineEnd, i + kBlock);
+        if (!w.Room((blockEnd - i) * kMostPerByte + kSpanClose.size() + kDivClose.size()))
+          return w.failure();
         char* p = w.cursor();
         for (; i < blockEnd; ++i) {
+          const unsigned next = styles[i] & 0x7F;
+          if (next != style) {
+            std::memcpy(p, kSpanClose.data(), kSpanClose.size());
+            p += kSpanClose.size();
+            std::memcpy(p, spanOpens[next].text, sizeof(SpanOpen::text));
+            p += spanOpens[next].length;
+            style = next;
+          }
           const unsigned char c = static_cast<unsigned char>(t[i]);
           const Escape& e = kEscapes[c];
           if (e.length == 0) {
             *p++ = static_cast<char>(c);
           } else {
-            std::memcpy(p, e.text, 8);
+            std::memcpy(p, e.text, sizeof e.text);
             p += e.length;
           }
         }
         w.cursor() = p;
       }
       w.Put(kSpanClose);
+    } else if (!w.Room(kDivClose.size())) {
+      return w.failure();
     }
-    if (!w.Room(kDivClose.size())) return Fail(out, ExportResult::OutOfMemory);
     w.Put(kDivClose);
     if (!lf) break;
     pos = lineEnd + 1;
   }
 
-  if (!w.Append("</div>\n    </div>\n</div>\n</body>\n</html>"))
-    return Fail(out, ExportResult::OutOfMemory);
-  w.Commit();
+  if (!w.Append("</div>\n    </div>\n</div>\n</body>\n</html>")) return w.failure();
   return ExportResult::Ok;
 }
 
-ExportResult ExportHtmlToFile(const HtmlExportInput& input, const std::string& path,
+}  // namespace
+
+ExportResult BuildHtmlPage(const HtmlExportInput& in, ExportBytes& out, const ExportMonitor& monitor) {
+  out.clear();
+  const size_t len = in.document.text.size();
+  ExportResult result = ExportResult::Ok;
+  if (in.document.styles.size() != len)
+    result = ExportResult::BadInput;
+  else if (len > (SIZE_MAX - 20000) / 3 || !out.Reserve(3 * len + 20000))
+    result = ExportResult::OutOfMemory;
+  if (result == ExportResult::Ok) {
+    ByteWriter w(out);
+    result = GenerateHtml(in, w, monitor);
+    if (result == ExportResult::Ok) w.Finish();
+  }
+  if (result != ExportResult::Ok) out.release();
+  return result;
+}
+
+ExportResult ExportHtmlToFile(const HtmlExportInput& in, const std::string& path,
                               const ExportMonitor& monitor) {
-  ExportBytes page;
-  const ExportResult built = BuildHtmlPage(input, page, monitor);
-  if (built != ExportResult::Ok) return built;
-  return WriteExportFile(path, page.view());
+  if (in.document.styles.size() != in.document.text.size()) return ExportResult::BadInput;
+  return StreamToFile(path, [&](ExportBytes& buffer, int fd) {
+    ByteWriter w(buffer, fd);
+    ExportResult result = GenerateHtml(in, w, monitor);
+    if (result == ExportResult::Ok && !w.Finish()) result = w.failure();
+    return result;
+  });
 }
 
 }  // namespace nebro

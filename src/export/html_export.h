@@ -30,7 +30,8 @@ struct HtmlExportInput {
 ExportResult BuildHtmlPage(const HtmlExportInput& input, ExportBytes& out,
                            const ExportMonitor& monitor = {});
 
-// Builds the page and writes it to `path` (WriteExportFile). Nothing is written on cancel.
+// Builds the page straight into a new file beside `path`, through a small buffer, and puts it
+// in place of `path` when it is complete; on cancel or failure `path` stays as it was.
 ExportResult ExportHtmlToFile(const HtmlExportInput& input, const std::string& path,
                               const ExportMonitor& monitor = {});
 

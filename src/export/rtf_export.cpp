@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
+#include <string>
 #include <vector>
 
 #include "export/byte_writer.h"
@@ -26,14 +29,15 @@ constexpr std::array<uint8_t, 256> MakeClasses() {
 }
 
 constexpr std::array<uint8_t, 256> kClasses = MakeClasses();
-// The longest text one input byte turns into: "\par\r\n".
-constexpr size_t kLongestPerByte = 6;
-constexpr size_t kBlock = 64 * 1024;
+constexpr size_t kBlock = 4096;
 
-// What opens and closes the group of a run in one style.
+// What opens and closes the group of a run in one style, padded so it copies as a whole:
+// "{\cf128 \b \i " and "\b0 \i0 }" are the longest.
 struct RunFrame {
-  std::string open;
-  std::string close;
+  char open[24];
+  uint8_t openLength;
+  char close[16];
+  uint8_t closeLength;
 };
 
 std::string FontNameForRtf(const std::string& name) {
@@ -43,47 +47,66 @@ std::string FontNameForRtf(const std::string& name) {
   return name.substr(0, cut);
 }
 
-ExportResult Fail(ExportBytes& out, ExportResult result) {
-  out.release();
-  return result;
+// Writes one byte that is not plain ASCII text, with the bytes of its UTF-8 sequence that
+// follow it in the same run; returns the position of the sequence's last byte.
+size_t PutHighByte(const char* t, size_t i, size_t runEnd, char*& p) {
+  const unsigned char c = static_cast<unsigned char>(t[i]);
+  int need;
+  char32_t cp;
+  if ((c & 0xE0) == 0xC0) {
+    need = 1;
+    cp = c & 0x1F;
+  } else if ((c & 0xF0) == 0xE0) {
+    need = 2;
+    cp = c & 0x0F;
+  } else if ((c & 0xF8) == 0xF0) {
+    need = 3;
+    cp = c & 0x07;
+  } else {
+    *p++ = '?';  // a continuation byte or an impossible lead byte
+    return i;
+  }
+  // Only continuation bytes of the same run belong to the character; a sequence cut short by
+  // the run's end or by another byte comes out as one "?".
+  int got = 0;
+  while (got < need && i + 1 < runEnd && (static_cast<unsigned char>(t[i + 1]) & 0xC0) == 0x80) {
+    cp = (cp << 6) | (static_cast<unsigned char>(t[i + 1]) & 0x3F);
+    ++i;
+    ++got;
+  }
+  if (got < need || cp >= 0x10000) {
+    *p++ = '?';
+  } else {
+    // RTF reads \u's number as a signed 16-bit value; "?" is the fallback character.
+    std::memcpy(p, "\\u", 2);
+    p = std::to_chars(p + 2, p + 10, static_cast<int16_t>(cp)).ptr;
+    *p++ = '?';
+  }
+  return i;
 }
 
-}  // namespace
-
-Colour RtfPaperColour(Colour colour, bool darkTheme) {
-  if (!darkTheme) return colour;
-  const unsigned r = RedOf(colour), g = GreenOf(colour), b = BlueOf(colour);
-  const float brightness = 0.299f * static_cast<float>(r) + 0.587f * static_cast<float>(g) +
-                           0.114f * static_cast<float>(b);
-  if (static_cast<int>(brightness) <= 180) return colour;
-  return Rgb(r * 35 / 100, g * 35 / 100, b * 35 / 100);
-}
-
-ExportResult BuildRtf(const RtfExportInput& in, ExportBytes& out, const ExportMonitor& monitor) {
-  out.clear();
-  const std::string_view text = in.document.text;
-  if (in.document.styles.size() != text.size()) return Fail(out, ExportResult::BadInput);
-  const size_t len = text.size();
-  if (len > (SIZE_MAX - 4096) / 2 || !out.Reserve(2 * len + 4096))
-    return Fail(out, ExportResult::OutOfMemory);
-
+ExportResult GenerateRtf(const RtfExportInput& in, ByteWriter& w, const ExportMonitor& monitor) {
   // The colour table lists each distinct paper colour once, in the order styles 0..127 first
   // use it; index 0 is RTF's automatic colour, so the list starts at 1.
   std::vector<Colour> colours;
-  std::array<RunFrame, kExportStyleCount> frames;
+  std::array<RunFrame, kExportStyleCount> frames{};
   for (int n = 0; n < kExportStyleCount; ++n) {
     const ExportStyle& style = in.styles[n];
     const Colour paper = RtfPaperColour(style.fore, in.darkTheme);
     auto found = std::find(colours.begin(), colours.end(), paper);
     if (found == colours.end()) found = colours.insert(colours.end(), paper);
-    const long index = found - colours.begin() + 1;
+    std::string open = "{\\cf" + std::to_string(found - colours.begin() + 1) + " ";
+    std::string close;
+    if (style.bold) open += "\\b ";
+    if (style.italic) open += "\\i ";
+    if (style.bold) close += "\\b0 ";
+    if (style.italic) close += "\\i0 ";
+    close += "}";
     RunFrame& frame = frames[n];
-    frame.open = "{\\cf" + std::to_string(index) + " ";
-    if (style.bold) frame.open += "\\b ";
-    if (style.italic) frame.open += "\\i ";
-    if (style.bold) frame.close += "\\b0 ";
-    if (style.italic) frame.close += "\\i0 ";
-    frame.close += "}";
+    std::memcpy(frame.open, open.data(), open.size());
+    frame.openLength = static_cast<uint8_t>(open.size());
+    std::memcpy(frame.close, close.data(), close.size());
+    frame.closeLength = static_cast<uint8_t>(close.size());
   }
 
   std::string head = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\nouicompat\r\n";
@@ -96,10 +119,10 @@ ExportResult BuildRtf(const RtfExportInput& in, ExportBytes& out, const ExportMo
   }
   head += "}\r\n\\viewkind4\\uc1\\pard\\sl0\\slmult0";
   head += "\\f0\\fs" + std::to_string(2 * static_cast<long long>(in.fontSize)) + " ";
+  if (!w.Append(head)) return w.failure();
 
-  ByteWriter w(out);
-  if (!w.Append(head)) return Fail(out, ExportResult::OutOfMemory);
-
+  const std::string_view text = in.document.text;
+  const size_t len = text.size();
   const char* t = text.data();
   const auto* styles = reinterpret_cast<const unsigned char*>(in.document.styles.data());
   const int32_t step = ProgressStep(in.lineCount);
@@ -115,100 +138,115 @@ ExportResult BuildRtf(const RtfExportInput& in, ExportBytes& out, const ExportMo
     --untilProgress;
     return true;
   };
-  if (!lineStarts()) return Fail(out, ExportResult::Cancelled);
+  if (!lineStarts()) return ExportResult::Cancelled;
 
-  auto styleAt = [styles](size_t i) -> unsigned { return styles[i] < 128 ? styles[i] : 0; };
+  // Runs of equal style become groups; a style byte of 128 or more counts as style 0. The
+  // text is taken in blocks, each with room promised for its worst case up front: a new group
+  // at every byte, and a three-byte character's nine bytes for its lead byte.
+  constexpr size_t kMostPerByte = sizeof(RunFrame::close) + sizeof(RunFrame::open) + 9;
+  unsigned style = 0;
   size_t i = 0;
+  if (len > 0) {
+    style = styles[0] < 128 ? styles[0] : 0;
+    if (!w.Room(sizeof(RunFrame::open))) return w.failure();
+    std::memcpy(w.cursor(), frames[style].open, sizeof(RunFrame::open));
+    w.cursor() += frames[style].openLength;
+  }
   while (i < len) {
-    const unsigned style = styleAt(i);
-    size_t runEnd = i + 1;
-    while (runEnd < len && styleAt(runEnd) == style) ++runEnd;
-
-    const RunFrame& frame = frames[style];
-    if (!w.Append(frame.open)) return Fail(out, ExportResult::OutOfMemory);
-    while (i < runEnd) {
-      const size_t blockEnd = std::min(runEnd, i + kBlock);
-      // A UTF-8 sequence may reach past the block's end by three bytes and write nine.
-      if (!w.Room((blockEnd - i) * kLongestPerByte + 16)) return Fail(out, ExportResult::OutOfMemory);
-      char* p = w.cursor();
-      while (i < blockEnd) {
-        const unsigned char c = static_cast<unsigned char>(t[i]);
-        switch (kClasses[c]) {
-          case kCopy:
-            *p++ = static_cast<char>(c);
-            break;
-          case kBackslash:
-          case kBrace:
-            *p++ = '\\';
-            *p++ = static_cast<char>(c);
-            break;
-          case kCr:
-            break;
-          case kTab:
-            std::memcpy(p, "\\tab ", 5);
-            p += 5;
-            break;
-          case kLf:
-            std::memcpy(p, "\\par\r\n", 6);
-            p += 6;
-            ++line;
-            w.cursor() = p;
-            if (!lineStarts()) return Fail(out, ExportResult::Cancelled);
-            break;
-          case kHigh: {
-            int need;
-            char32_t cp;
-            if ((c & 0xE0) == 0xC0) {
-              need = 1;
-              cp = c & 0x1F;
-            } else if ((c & 0xF0) == 0xE0) {
-              need = 2;
-              cp = c & 0x0F;
-            } else if ((c & 0xF8) == 0xF0) {
-              need = 3;
-              cp = c & 0x07;
-            } else {
-              *p++ = '?';  // a continuation byte or an impossible lead byte
-              break;
-            }
-            // Only continuation bytes of the same run belong to the character; a sequence cut
-            // short by the run's end or by another byte comes out as one "?".
-            int got = 0;
-            while (got < need && i + 1 < runEnd &&
-                   (static_cast<unsigned char>(t[i + 1]) & 0xC0) == 0x80) {
-              cp = (cp << 6) | (static_cast<unsigned char>(t[i + 1]) & 0x3F);
-              ++i;
-              ++got;
-            }
-            if (got < need || cp >= 0x10000) {
-              *p++ = '?';
-            } else {
-              // RTF reads \u's number as a signed 16-bit value; "?" is the fallback character.
-              std::memcpy(p, "\\u", 2);
-              p = std::to_chars(p + 2, p + 10, static_cast<int16_t>(cp)).ptr;
-              *p++ = '?';
-            }
-            break;
-          }
-        }
-        ++i;
+    const size_t blockEnd = std::min(len, i + kBlock);
+    if (!w.Room((blockEnd - i) * kMostPerByte + sizeof(RunFrame::close))) return w.failure();
+    char* p = w.cursor();
+    for (; i < blockEnd; ++i) {
+      const unsigned next = styles[i] < 128 ? styles[i] : 0;
+      if (next != style) {
+        std::memcpy(p, frames[style].close, sizeof(RunFrame::close));
+        p += frames[style].closeLength;
+        std::memcpy(p, frames[next].open, sizeof(RunFrame::open));
+        p += frames[next].openLength;
+        style = next;
       }
-      w.cursor() = p;
+      const unsigned char c = static_cast<unsigned char>(t[i]);
+      const uint8_t kind = kClasses[c];
+      if (kind == kCopy) {
+        *p++ = static_cast<char>(c);
+        continue;
+      }
+      switch (kind) {
+        case kBackslash:
+        case kBrace:
+          *p++ = '\\';
+          *p++ = static_cast<char>(c);
+          break;
+        case kCr:
+          break;
+        case kTab:
+          std::memcpy(p, "\\tab ", 5);
+          p += 5;
+          break;
+        case kLf:
+          std::memcpy(p, "\\par\r\n", 6);
+          p += 6;
+          ++line;
+          if (!lineStarts()) return ExportResult::Cancelled;
+          break;
+        default: {
+          // The character's bytes are those of the same run: up to the next style change.
+          size_t runEnd = i + 1;
+          while (runEnd < len && runEnd < i + 4 && (styles[runEnd] < 128 ? styles[runEnd] : 0) == style)
+            ++runEnd;
+          i = PutHighByte(t, i, runEnd, p);
+          break;
+        }
+      }
     }
-    if (!w.Append(frame.close)) return Fail(out, ExportResult::OutOfMemory);
+    w.cursor() = p;
+  }
+  if (len > 0) {
+    std::memcpy(w.cursor(), frames[style].close, sizeof(RunFrame::close));
+    w.cursor() += frames[style].closeLength;
   }
 
-  if (!w.Append("\r\n}\r\n")) return Fail(out, ExportResult::OutOfMemory);
-  w.Commit();
+  if (!w.Append("\r\n}\r\n")) return w.failure();
   return ExportResult::Ok;
 }
 
-ExportResult ExportRtfToFile(const RtfExportInput& input, const std::string& path,
+}  // namespace
+
+Colour RtfPaperColour(Colour colour, bool darkTheme) {
+  if (!darkTheme) return colour;
+  const unsigned r = RedOf(colour), g = GreenOf(colour), b = BlueOf(colour);
+  const float brightness = 0.299f * static_cast<float>(r) + 0.587f * static_cast<float>(g) +
+                           0.114f * static_cast<float>(b);
+  if (static_cast<int>(brightness) <= 180) return colour;
+  return Rgb(r * 35 / 100, g * 35 / 100, b * 35 / 100);
+}
+
+ExportResult BuildRtf(const RtfExportInput& in, ExportBytes& out, const ExportMonitor& monitor) {
+  out.clear();
+  const size_t len = in.document.text.size();
+  ExportResult result = ExportResult::Ok;
+  if (in.document.styles.size() != len)
+    result = ExportResult::BadInput;
+  else if (len > (SIZE_MAX - 4096) / 2 || !out.Reserve(2 * len + 4096))
+    result = ExportResult::OutOfMemory;
+  if (result == ExportResult::Ok) {
+    ByteWriter w(out);
+    result = GenerateRtf(in, w, monitor);
+    if (result == ExportResult::Ok) w.Finish();
+  }
+  if (result != ExportResult::Ok) out.release();
+  return result;
+}
+
+ExportResult ExportRtfToFile(const RtfExportInput& in, const std::string& path,
                              const ExportMonitor& monitor) {
-  ExportBytes rtf;
-  const ExportResult built = BuildRtf(input, rtf, monitor);
-  if (built != ExportResult::Ok) return built;
-  return WriteExportFile(path, rtf.view());
+  if (in.document.styles.size() != in.document.text.size()) return ExportResult::BadInput;
+  return StreamToFile(path, [&](ExportBytes& buffer, int fd) {
+    ByteWriter w(buffer, fd);
+    ExportResult result = GenerateRtf(in, w, monitor);
+    if (result == ExportResult::Ok && !w.Finish()) result = w.failure();
+    return result;
+  });
 }
 
 std::string RtfDoneText(std::string_view path) {

@@ -39,7 +39,8 @@ Colour RtfPaperColour(Colour colour, bool darkTheme);
 ExportResult BuildRtf(const RtfExportInput& input, ExportBytes& out,
                       const ExportMonitor& monitor = {});
 
-// Builds the RTF and writes it to `path` (WriteExportFile).
+// Builds the RTF straight into a new file beside `path`, through a small buffer, and puts it
+// in place of `path` when it is complete; on cancel or failure `path` stays as it was.
 ExportResult ExportRtfToFile(const RtfExportInput& input, const std::string& path,
                              const ExportMonitor& monitor = {});
 

@@ -17,6 +17,25 @@ void SplitStyledText(std::string_view interleaved, std::string& text, std::strin
   }
 }
 
+int64_t CountLineFeeds(std::string_view text) {
+  // Eight bytes at a time: a byte of x is zero exactly where the text has an LF, and the
+  // expression below sets the top bit of exactly those bytes.
+  constexpr uint64_t kLf = 0x0A0A0A0A0A0A0A0AULL;
+  constexpr uint64_t kLow = 0x7F7F7F7F7F7F7F7FULL;
+  const char* p = text.data();
+  size_t left = text.size();
+  int64_t count = 0;
+  for (; left >= 8; p += 8, left -= 8) {
+    uint64_t word;
+    std::memcpy(&word, p, 8);
+    const uint64_t x = word ^ kLf;
+    const uint64_t marks = ~(((x & kLow) + kLow) | x | kLow) >> 7;  // one 0/1 per byte
+    count += static_cast<int64_t>((marks * 0x0101010101010101ULL) >> 56);  // their sum
+  }
+  for (; left > 0; ++p, --left) count += *p == '\n';
+  return count;
+}
+
 int64_t CountEditorLines(std::string_view text) {
   int64_t lines = 1;
   const char* p = text.data();

@@ -35,6 +35,9 @@ struct StyledText {
 // the two parallel arrays. An odd trailing byte is a text byte without a style and is dropped.
 void SplitStyledText(std::string_view interleaved, std::string& text, std::string& styles);
 
+// The number of LF bytes in `text`.
+int64_t CountLineFeeds(std::string_view text);
+
 // The number of lines the editor shows for `text` (what SCI_GETLINECOUNT answers): one more
 // than the number of line ends, where CR LF, a lone CR and a lone LF each end one line.
 int64_t CountEditorLines(std::string_view text);

@@ -11,6 +11,10 @@
 #include <array>
 #include <cstdint>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "common/utf.h"
 #include "markdown/markdown_html.h"
 
@@ -20,27 +24,17 @@ namespace {
 
 enum Kind : uint8_t {
   kText,
+  kEscape,  // & < > " ' and tab
   kAsterisk,
   kUnderscore,
   kBacktick,
-  kAmpersand,
-  kLess,
-  kGreater,
-  kQuote,
-  kApostrophe,
-  kTab,
-  kHigh,
+  kHigh,  // non-ASCII
 };
 
 constexpr std::array<uint8_t, 256> MakeKinds(bool withDelimiters) {
   std::array<uint8_t, 256> kinds{};
   for (int c = 0x80; c < 0x100; ++c) kinds[c] = kHigh;
-  kinds['&'] = kAmpersand;
-  kinds['<'] = kLess;
-  kinds['>'] = kGreater;
-  kinds['"'] = kQuote;
-  kinds['\''] = kApostrophe;
-  kinds['\t'] = kTab;
+  for (unsigned char c : {'&', '<', '>', '"', '\'', '\t'}) kinds[c] = kEscape;
   if (withDelimiters) {
     kinds['*'] = kAsterisk;
     kinds['_'] = kUnderscore;
@@ -52,17 +46,47 @@ constexpr std::array<uint8_t, 256> MakeKinds(bool withDelimiters) {
 constexpr std::array<uint8_t, 256> kInlineKinds = MakeKinds(true);
 constexpr std::array<uint8_t, 256> kEscapeKinds = MakeKinds(false);
 
+// A short output text padded to sixteen bytes: the loops store all sixteen at once and advance by
+// `size`, which spares a branch per piece.
+struct Piece {
+  char text[15];
+  uint8_t size;
+};
+
+constexpr Piece MakePiece(std::string_view text) {
+  Piece p{};
+  for (size_t k = 0; k < text.size(); ++k) p.text[k] = text[k];
+  p.size = static_cast<uint8_t>(text.size());
+  return p;
+}
+
+constexpr std::array<Piece, 256> MakeEscapes() {
+  std::array<Piece, 256> pieces{};
+  pieces['&'] = MakePiece("&amp;");
+  pieces['<'] = MakePiece("&lt;");
+  pieces['>'] = MakePiece("&gt;");
+  pieces['"'] = MakePiece("&quot;");
+  pieces['\''] = MakePiece("&#39;");
+  pieces['\t'] = MakePiece("    ");
+  return pieces;
+}
+
+constexpr std::array<Piece, 256> kEscapes = MakeEscapes();
+// Indexed by whether the element is open: the tag that toggles it.
+constexpr Piece kEmTags[2] = {MakePiece("<em>"), MakePiece("</em>")};
+constexpr Piece kStrongTags[2] = {MakePiece("<strong>"), MakePiece("</strong>")};
+constexpr Piece kCodeTags[2] = {MakePiece("<code>"), MakePiece("</code>")};
+
+inline char* PutPiece(char* o, const Piece& p) {
+  std::memcpy(o, &p, sizeof p);
+  return o + p.size;
+}
+
 // No input byte grows by more than this: a backtick becomes "</code>". A step of the loops
-// consumes at most 4 bytes, so a chunk may run 3 bytes past its end.
+// consumes at most 4 bytes, so a chunk may run 3 bytes past its end, and a piece stores sixteen.
 constexpr size_t kMaxGrowth = 7;
 constexpr size_t kChunk = 64 * 1024;
-constexpr size_t ChunkSpace(size_t bytes) { return (bytes + 4) * kMaxGrowth; }
-
-template <size_t N>
-inline char* Put(char* o, const char (&text)[N]) {
-  std::memcpy(o, text, N - 1);
-  return o + N - 1;
-}
+constexpr size_t ChunkSpace(size_t bytes) { return (bytes + 4) * kMaxGrowth + sizeof(Piece); }
 
 // Length of the well-formed UTF-8 sequence that starts with the non-ASCII byte s[i], or 0 when
 // that byte starts none (the rules of Utf8ToUtf16: no overlong forms, no surrogates, nothing
@@ -90,37 +114,44 @@ inline size_t SequenceLength(const unsigned char* s, size_t i, size_t n) {
 inline size_t CopyHigh(const unsigned char* s, size_t i, size_t n, char*& o) {
   const size_t len = SequenceLength(s, i, n);
   if (len == 0) {
-    o = Put(o, "\xEF\xBF\xBD");
+    std::memcpy(o, "\xEF\xBF\xBD", 3);
+    o += 3;
     return 1;
   }
-  for (size_t k = 0; k < len; ++k) *o++ = static_cast<char>(s[i + k]);
+  std::memcpy(o, s + i, len);
+  o += len;
   return len;
 }
 
-// The escapes shared by both loops; false for a byte that is not one of them.
-inline bool PutEscape(uint8_t kind, char*& o) {
-  switch (kind) {
-    case kAmpersand:
-      o = Put(o, "&amp;");
-      return true;
-    case kLess:
-      o = Put(o, "&lt;");
-      return true;
-    case kGreater:
-      o = Put(o, "&gt;");
-      return true;
-    case kQuote:
-      o = Put(o, "&quot;");
-      return true;
-    case kApostrophe:
-      o = Put(o, "&#39;");
-      return true;
-    case kTab:
-      o = Put(o, "    ");
-      return true;
-    default:
-      return false;
+// Copies plain bytes from s[i] on to o, sixteen at a time, stopping at the first byte that needs
+// a look (a delimiter when `withDelimiters`, a byte to escape, a non-ASCII byte) or where fewer
+// than sixteen bytes are left before `stop`. The caller's space covers the full store.
+template <bool withDelimiters>
+inline void SkipPlain(const unsigned char* s, size_t& i, size_t stop, char*& o) {
+#if defined(__SSE2__)
+  while (stop - i >= 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    auto is = [&v](char c) { return _mm_cmpeq_epi8(v, _mm_set1_epi8(c)); };
+    __m128i hit = _mm_or_si128(_mm_or_si128(is('&'), is('<')), _mm_or_si128(is('>'), is('"')));
+    hit = _mm_or_si128(hit, _mm_or_si128(is('\''), is('\t')));
+    if constexpr (withDelimiters) {
+      hit = _mm_or_si128(hit, _mm_or_si128(_mm_or_si128(is('*'), is('_')), is('`')));
+    }
+    // The sign bit marks non-ASCII bytes by itself.
+    const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(hit, v)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(o), v);
+    if (mask != 0) {
+      const unsigned k = static_cast<unsigned>(__builtin_ctz(mask));
+      i += k;
+      o += k;
+      return;
+    }
+    i += 16;
+    o += 16;
   }
+#else
+  (void)s, (void)i, (void)stop, (void)o;
+#endif
 }
 
 }  // namespace
@@ -139,27 +170,36 @@ void AppendInline(HtmlBuffer& out, const unsigned char* s, size_t n) {
     const size_t stop = std::min(n, i + kChunk);
     char* o = out.Space(ChunkSpace(stop - i));
     while (i < stop) {
-      unsigned char c = s[i];
-      uint8_t kind = kInlineKinds[c];
-      if (kind == kText) {
-        do {
+      SkipPlain<true>(s, i, stop, o);
+      if (i == stop) break;
+      const unsigned char c = s[i];
+      switch (kInlineKinds[c]) {
+        case kText:
           *o++ = static_cast<char>(c);
-          if (++i == stop) break;
-          c = s[i];
-        } while (kInlineKinds[c] == kText);
-        continue;
-      }
-      switch (kind) {
+          ++i;
+          break;
+        case kEscape:
+          o = PutPiece(o, kEscapes[c]);
+          ++i;
+          break;
+        case kHigh:
+          i += CopyHigh(s, i, n, o);
+          break;
+        case kBacktick:
+          o = PutPiece(o, kCodeTags[codeOpen]);
+          codeOpen = !codeOpen;
+          ++i;
+          break;
         case kAsterisk:
           if (codeOpen) {
             *o++ = '*';
             ++i;
           } else if (i + 1 < n && s[i + 1] == '*') {
-            o = strongOpen ? Put(o, "</strong>") : Put(o, "<strong>");
+            o = PutPiece(o, kStrongTags[strongOpen]);
             strongOpen = !strongOpen;
             i += 2;
           } else if (i == 0 || s[i - 1] != '*') {
-            o = emOpen ? Put(o, "</em>") : Put(o, "<em>");
+            o = PutPiece(o, kEmTags[emOpen]);
             emOpen = !emOpen;
             ++i;
           } else {
@@ -169,33 +209,21 @@ void AppendInline(HtmlBuffer& out, const unsigned char* s, size_t n) {
           break;
         case kUnderscore:
           if (!codeOpen && (i == 0 || s[i - 1] != '_') && (i + 1 >= n || s[i + 1] != '_')) {
-            o = emOpen ? Put(o, "</em>") : Put(o, "<em>");
+            o = PutPiece(o, kEmTags[emOpen]);
             emOpen = !emOpen;
           } else {
             *o++ = '_';
           }
           ++i;
           break;
-        case kBacktick:
-          o = codeOpen ? Put(o, "</code>") : Put(o, "<code>");
-          codeOpen = !codeOpen;
-          ++i;
-          break;
-        case kHigh:
-          i += CopyHigh(s, i, n, o);
-          break;
-        default:
-          PutEscape(kind, o);
-          ++i;
-          break;
       }
     }
     out.Commit(o);
   }
-  char* o = out.Space(32);
-  if (codeOpen) o = Put(o, "</code>");
-  if (emOpen) o = Put(o, "</em>");
-  if (strongOpen) o = Put(o, "</strong>");
+  char* o = out.Space(3 * sizeof(Piece));
+  if (codeOpen) o = PutPiece(o, kCodeTags[1]);
+  if (emOpen) o = PutPiece(o, kEmTags[1]);
+  if (strongOpen) o = PutPiece(o, kStrongTags[1]);
   out.Commit(o);
 }
 
@@ -205,16 +233,21 @@ void AppendEscaped(HtmlBuffer& out, const unsigned char* s, size_t n) {
     const size_t stop = std::min(n, i + kChunk);
     char* o = out.Space(ChunkSpace(stop - i));
     while (i < stop) {
+      SkipPlain<false>(s, i, stop, o);
+      if (i == stop) break;
       const unsigned char c = s[i];
-      const uint8_t kind = kEscapeKinds[c];
-      if (kind == kText) {
-        *o++ = static_cast<char>(c);
-        ++i;
-      } else if (kind == kHigh) {
-        i += CopyHigh(s, i, n, o);
-      } else {
-        PutEscape(kind, o);
-        ++i;
+      switch (kEscapeKinds[c]) {
+        case kEscape:
+          o = PutPiece(o, kEscapes[c]);
+          ++i;
+          break;
+        case kHigh:
+          i += CopyHigh(s, i, n, o);
+          break;
+        default:
+          *o++ = static_cast<char>(c);
+          ++i;
+          break;
       }
     }
     out.Commit(o);

@@ -1,4 +1,6 @@
 // The Markdown page: font and title, the head with its CSS, then one block per input line.
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -221,6 +223,21 @@ void RenderLine(HtmlBuffer& out, ListState& lists, const unsigned char* s, size_
   AppendBlock(out, "<p>", s, n, "</p>\n");
 }
 
+// A big page is written once from start to end. Asking for huge pages on its buffer turns about
+// 500 page faults into one, which on this kind of machine is a large part of the whole cost.
+void AdviseLargePages(std::string& out) {
+#if defined(MADV_HUGEPAGE)
+  constexpr uintptr_t kHuge = uintptr_t{2} << 20;
+  if (out.capacity() < 4 * kHuge) return;
+  const auto begin = reinterpret_cast<uintptr_t>(out.data());
+  const uintptr_t from = (begin + kHuge - 1) & ~(kHuge - 1);
+  const uintptr_t to = (begin + out.capacity()) & ~(kHuge - 1);
+  if (to > from) madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+#else
+  (void)out;
+#endif
+}
+
 bool WriteFile(const std::string& path, const std::string& bytes) {
   std::FILE* f = std::fopen(path.c_str(), "wb");
   if (!f) return false;
@@ -257,9 +274,12 @@ bool RenderMarkdownPage(std::string_view markdownUtf8, const MarkdownPageOptions
   }
 
   const size_t start = out.size();
-  // Most pages come out a little longer than their text: ask for that much at once.
-  const size_t estimate = markdownUtf8.size() + markdownUtf8.size() / 4 + 65536;
+  // Pages usually come out between 1.1 and 1.7 times as long as their text. Address space is
+  // cheap where memory is not: reserving twice the text touches no page yet and spares a copy of
+  // everything written so far when the page outgrows a tighter guess.
+  const size_t estimate = 2 * markdownUtf8.size() + 65536;
   if (out.capacity() - start < estimate) out.reserve(start + estimate);
+  AdviseLargePages(out);
 
   HtmlBuffer html(out);
   html.Append(BuildHead(options));

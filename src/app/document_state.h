@@ -17,7 +17,5 @@ struct DocumentState {
 
 // "Nebro - " + the display name (or "Untitled") + " *" while modified.
 std::string DocumentTitle(const DocumentState& doc);
-// The text after the last '/', or "Untitled" for an empty path.
-std::string DisplayName(const std::string& path);
 
 }  // namespace nebro

@@ -1,14 +1,17 @@
 #include "app/main_window_gtk.h"
 
-#include <malloc.h>
+#include <gdk/gdkkeysyms.h>
 
 #include "app/commands.h"
 #include "app/message_box_gtk.h"
 #include "app/startup_rules.h"
 #include "app/trace_gtk.h"
+#include "app/typewriter_gtk.h"
 #include "app/viewer_launch_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "common/utf.h"
+#include "document/document_prompts.h"
+#include "document/document_ops_gtk.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
@@ -48,7 +51,83 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
       gMain.doc.modified = true;
       UpdateTitle();
     }
+    RepaintChrome();
   }
+}
+
+gboolean OnEditorKey(GtkWidget*, GdkEventKey* event, gpointer) {
+  if (!gSettings.soundOnKeyPress) return FALSE;
+  if (event->state & (GDK_CONTROL_MASK | GDK_MOD1_MASK)) return FALSE;  // shortcuts type nothing
+  const bool enter = event->keyval == GDK_KEY_Return || event->keyval == GDK_KEY_KP_Enter;
+  const uint32_t c = enter ? 13 : gdk_keyval_to_unicode(event->keyval);
+  PlayTypewriterSound(TypewriterSoundFor(gSettings.soundOnKeyPress, gSettings.soundOnNewLine, c));
+  return FALSE;
+}
+
+void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
+  if (gtk_window_is_active(GTK_WINDOW(window))) {
+    // After the activation has settled, so a box shown from here does not fight it.
+    g_idle_add([](gpointer) -> gboolean {
+      if (gMain.window && !gMain.destroyed) CheckDocumentOnActivation();
+      return G_SOURCE_REMOVE;
+    }, nullptr);
+  }
+}
+
+void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSelectionData* data, guint,
+                        guint time, gpointer) {
+  gchar** uris = gtk_selection_data_get_uris(data);
+  std::string path;
+  if (uris && uris[0]) {
+    // Only the first dropped file counts.
+    if (gchar* file = g_filename_from_uri(uris[0], nullptr, nullptr)) {
+      path = file;
+      g_free(file);
+    }
+  }
+  g_strfreev(uris);
+  gtk_drag_finish(context, !path.empty(), FALSE, time);
+  if (!path.empty()) {
+    g_idle_add([](gpointer p) -> gboolean {
+      auto* dropped = static_cast<std::string*>(p);
+      if (gMain.window && !gMain.destroyed) OpenDroppedFile(*dropped);
+      delete dropped;
+      return G_SOURCE_REMOVE;
+    }, new std::string(path));
+  }
+}
+
+gboolean OnAccelerator(GtkAccelGroup*, GObject*, guint, GdkModifierType, gpointer id) {
+  return DispatchCommand(GPOINTER_TO_INT(id));
+}
+
+void AddAccelerator(GtkAccelGroup* group, guint key, GdkModifierType mods, int id) {
+  GClosure* closure = g_cclosure_new(G_CALLBACK(OnAccelerator), GINT_TO_POINTER(id), nullptr);
+  gtk_accel_group_connect(group, key, mods, GTK_ACCEL_VISIBLE, closure);
+}
+
+// The keys of the commands that exist; the others come with their windows.
+GtkAccelGroup* CreateAccelerators() {
+  GtkAccelGroup* group = gtk_accel_group_new();
+  const auto ctrl = GDK_CONTROL_MASK;
+  const auto ctrlShift = static_cast<GdkModifierType>(GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+  AddAccelerator(group, GDK_KEY_n, ctrl, kCmdNew);
+  AddAccelerator(group, GDK_KEY_o, ctrl, kCmdOpen);
+  AddAccelerator(group, GDK_KEY_s, ctrl, kCmdSave);
+  AddAccelerator(group, GDK_KEY_s, ctrlShift, kCmdSaveAs);
+  AddAccelerator(group, GDK_KEY_z, ctrl, kCmdUndo);
+  AddAccelerator(group, GDK_KEY_y, ctrl, kCmdRedo);
+  AddAccelerator(group, GDK_KEY_x, ctrl, kCmdCut);
+  AddAccelerator(group, GDK_KEY_c, ctrl, kCmdCopy);
+  AddAccelerator(group, GDK_KEY_v, ctrl, kCmdPaste);
+  AddAccelerator(group, GDK_KEY_a, ctrl, kCmdSelectAll);
+  return group;
+}
+
+void ToggleLineNumbers() {
+  gSettings.lineNumbers = !gSettings.lineNumbers;
+  if (gMain.margin) gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
+  RepaintChrome();
 }
 
 void ToggleWordWrap() {
@@ -117,6 +196,16 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
     UpdateTitle();
   }
 
+  if (!gViewerMode) {
+    gMain.accelerators = CreateAccelerators();
+    gtk_window_add_accel_group(GTK_WINDOW(window), gMain.accelerators);
+    // The viewer takes no dropped files.
+    gtk_drag_dest_set(window, GTK_DEST_DEFAULT_ALL, nullptr, 0, GDK_ACTION_COPY);
+    gtk_drag_dest_add_uri_targets(window);
+    g_signal_connect(window, "drag-data-received", G_CALLBACK(OnDragDataReceived), nullptr);
+    g_signal_connect(window, "notify::is-active", G_CALLBACK(OnActiveChanged), nullptr);
+    g_signal_connect(editor, "key-press-event", G_CALLBACK(OnEditorKey), nullptr);
+  }
   g_signal_connect(window, "delete-event", G_CALLBACK(OnDeleteEvent), nullptr);
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);
   g_signal_connect(window, "window-state-event", G_CALLBACK(OnWindowState), nullptr);
@@ -125,22 +214,30 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
 }
 
 void OpenFileFromStartup(const std::string& path) {
-  if (!FileLoad(path)) return;
-  gMain.doc.path = path;
-  gMain.doc.modified = false;
-  if (gViewerMode) {
-    gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + DisplayName(path)).c_str());
+  if (!gViewerMode) {
+    LoadAsDocument(path);
     return;
   }
-  UpdateTitle();
-  PushMostRecent(&gSettings.recentFiles[0][0], 260, Utf8ToUtf16(path), true);
-  RepaintChrome();
+  if (!FileLoad(path)) return;
+  gMain.doc.path = path;
+  gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + DocumentDisplayName(path)).c_str());
 }
 
 bool DispatchCommand(int id) {
   GtkWidget* e = gMain.editor;
+  if (gViewerMode) return false;  // the viewer has no commands
   switch (id) {
+    case kCmdNew:
+      if (ConfirmLeavingDocument()) NewDocument();
+      return true;
+    case kCmdOpen:
+      if (ConfirmLeavingDocument()) OpenFileDialog();
+      return true;
+    case kCmdSave: SaveDocument(); RepaintChrome(); return true;
+    case kCmdSaveAs: SaveDocumentAs(); RepaintChrome(); return true;
     case kCmdExit: RequestClose(); return true;
+    case kCmdLineNumbers: ToggleLineNumbers(); return true;
+    case kCmdRecentClear: ClearRecentFileList(); return true;
     case kCmdUndo: Send(e, SCI_UNDO); return true;
     case kCmdRedo: Send(e, SCI_REDO); return true;
     case kCmdCut: Send(e, SCI_CUT); return true;
@@ -155,6 +252,14 @@ bool DispatchCommand(int id) {
     gtk_widget_queue_draw(gMain.window);
     return true;
   }
+  if (id >= kCmdRecentOpenFirst && id < kCmdRecentOpenFirst + 10) {
+    OpenRecentFile(id - kCmdRecentOpenFirst);
+    return true;
+  }
+  if (id >= kCmdRecentRemoveFirst && id < kCmdRecentRemoveFirst + 10) {
+    RemoveRecentFileEntry(id - kCmdRecentRemoveFirst);
+    return true;
+  }
   if (id >= kCmdTransparencyFirst && id <= kCmdTransparencyLast) {
     gSettings.transparency = (id - kCmdTransparencyFirst) * 10;
     ApplyTransparency(gSettings.transparency);
@@ -166,6 +271,7 @@ bool DispatchCommand(int id) {
 
 bool RequestClose() {
   if (!gMain.window || gMain.destroyed) return false;
+  if (!gViewerMode && !ConfirmLeavingDocument()) return false;
   DestroyMainWindow();
   return true;
 }

@@ -1,0 +1,11 @@
+// Plays the typewriter sounds, asynchronously; each cuts off the one before. Silent when there
+// is no sound device.
+#pragma once
+
+#include "app/typewriter.h"
+
+namespace nebro {
+
+void PlayTypewriterSound(TypewriterSound sound);
+
+}  // namespace nebro

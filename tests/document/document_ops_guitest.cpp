@@ -1,0 +1,303 @@
+// Opening, saving, the questions and the recent-files list, driven through DispatchCommand and
+// the message-box hook against the real editor.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "app/commands.h"
+#include "app/main_window_gtk.h"
+#include "app/message_box_gtk.h"
+#include "appearance/themes.h"
+#include "common/utf.h"
+#include "document/document_ops_gtk.h"
+#include "document/file_load_gtk.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+using namespace nebro;
+using namespace nebro::sci;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Asked {
+  int kind;
+  std::string text, title;
+};
+
+class DocumentOps : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    ASSERT_EQ(LoadScintilla(), LibraryLoad::Ok);
+    ASSERT_EQ(LoadLexilla(), LibraryLoad::Ok);
+  }
+  void SetUp() override {
+    char name[] = "/tmp/nebro-docops-XXXXXX";
+    dir = mkdtemp(name);
+    SetConfigRoot(dir + "/cfg");
+    SetDefaultSettings(gSettings);
+    ASSERT_TRUE(CreateMainWindow("test", 0, 0, 600, 400, true));
+    SetMessageBoxHook([this](int kind, const std::string& text, const std::string& title) {
+      asked.push_back({kind, text, title});
+      return answers.empty() ? kMbResultCancel : Next();
+    });
+  }
+  void TearDown() override {
+    SetMessageBoxHook(nullptr);
+    CloseDocumentLock(gMain.doc);
+    gtk_widget_destroy(gMain.window);
+    gMain = MainWindow();
+    fs::remove_all(dir);
+  }
+  int Next() {
+    const int r = answers.front();
+    answers.erase(answers.begin());
+    return r;
+  }
+  std::string Write(const std::string& name, const std::string& bytes) {
+    const std::string path = dir + "/" + name;
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path;
+  }
+  static std::string Read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  std::string Text() {
+    const auto n = Send(gMain.editor, SCI_GETLENGTH);
+    return std::string(reinterpret_cast<const char*>(Send(gMain.editor, SCI_GETCHARACTERPOINTER)), n);
+  }
+  void Type(const char* text) {
+    Send(gMain.editor, SCI_GOTOPOS, Send(gMain.editor, SCI_GETLENGTH));
+    SendPtr(gMain.editor, SCI_REPLACESEL, 0, text);
+  }
+  std::string Title() { return gtk_window_get_title(GTK_WINDOW(gMain.window)); }
+
+  std::string dir;
+  std::vector<Asked> asked;
+  std::vector<int> answers;
+};
+
+}  // namespace
+
+TEST_F(DocumentOps, EditAndSaveKeepBomAndLineEndings) {
+  const std::string bom = Write("bom.txt", "\xEF\xBB\xBFline one\r\nline two\n");
+  ASSERT_TRUE(LoadAsDocument(bom));
+  EXPECT_EQ(Text(), "line one\r\nline two\n");
+  EXPECT_EQ(Title(), "Nebro - bom.txt");
+  Type("three");
+  EXPECT_TRUE(gMain.doc.modified);
+  EXPECT_EQ(Title(), "Nebro - bom.txt *");
+  ASSERT_TRUE(DispatchCommand(kCmdSave));
+  EXPECT_FALSE(gMain.doc.modified);
+  EXPECT_EQ(Title(), "Nebro - bom.txt");
+  EXPECT_EQ(Read(bom), "\xEF\xBB\xBFline one\r\nline two\nthree");
+  EXPECT_TRUE(asked.empty());
+
+  // UTF-16 comes back as UTF-8 without a mark.
+  const std::string wide = Write("wide.txt", std::string("\xFF\xFE" "h\0i\0\r\0\n\0\xE9\0", 12));
+  ASSERT_TRUE(LoadAsDocument(wide));
+  EXPECT_EQ(Text(), "hi\r\n\xC3\xA9");
+  Type("!");
+  ASSERT_TRUE(SaveDocument());
+  EXPECT_EQ(Read(wide), "hi\r\n\xC3\xA9!");
+
+  // A shorter text truncates the file.
+  Send(gMain.editor, SCI_SETTEXT, 0, reinterpret_cast<sptr_t>("x"));
+  ASSERT_TRUE(SaveDocument());
+  EXPECT_EQ(Read(wide), "x");
+}
+
+TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
+  fs::create_directory(dir + "/sub");
+  const std::string path = Write("sub/a.txt", "old text");
+  ASSERT_TRUE(LoadAsDocument(path));
+  Type(" and more");
+  CloseDocumentLock(gMain.doc);
+  fs::remove_all(dir + "/sub");  // the folder is gone: the save cannot be done
+  EXPECT_FALSE(SaveDocument());
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].text, "Cannot save file.");
+  EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D Error");
+  EXPECT_TRUE(gMain.doc.modified);
+  EXPECT_EQ(Title(), "Nebro - a.txt *");
+  EXPECT_EQ(Text(), "old text and more");
+}
+
+TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {
+  const std::string path = Write("q.txt", "text");
+  ASSERT_TRUE(LoadAsDocument(path));
+  // Unmodified and present: nothing is asked.
+  EXPECT_EQ(PromptSaveChanges(), 7);
+  EXPECT_TRUE(asked.empty());
+
+  Type("!");
+  answers = {kMbResultCancel};
+  DispatchCommand(kCmdNew);  // Cancel: the document stays
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].kind, kMbSaveDontSaveCancel);
+  EXPECT_EQ(asked[0].text, "Save changes to \"q.txt\"?");
+  EXPECT_EQ(asked[0].title, "Nebro");
+  EXPECT_EQ(gMain.doc.path, path);
+
+  // Moved: the folder is still there.
+  fs::rename(path, dir + "/q2.txt");
+  answers = {kMbResultCancel};
+  PromptSaveChanges();
+  EXPECT_EQ(asked.back().text,
+            "\"q.txt\" was moved or renamed while open in Nebro.\nDo you want to save your changes?");
+
+  // Save writes it back to where it was.
+  answers = {kMbResultSaveOrYes};
+  EXPECT_EQ(PromptSaveChanges(), 6);
+  answers = {kMbResultSaveOrYes};
+  ASSERT_TRUE(ConfirmLeavingDocument());
+  EXPECT_EQ(Read(path), "text!");
+
+  // Don't Save on New gives an untitled, empty document.
+  Type("?");
+  answers = {kMbResultDontSaveOrNo};
+  DispatchCommand(kCmdNew);
+  EXPECT_EQ(gMain.doc.path, "");
+  EXPECT_EQ(Text(), "");
+  EXPECT_FALSE(gMain.doc.modified);
+  EXPECT_EQ(Title(), "Nebro - Untitled");
+  EXPECT_EQ(Send(gMain.editor, SCI_GETEOLMODE), SC_EOL_CRLF);
+  EXPECT_EQ(Send(gMain.editor, SCI_CANUNDO), 0);
+}
+
+TEST_F(DocumentOps, ActivationOffersToWriteBackAGoneFile) {
+  fs::create_directory(dir + "/f");
+  const std::string path = Write("f/gone.txt", "keep me");
+  ASSERT_TRUE(LoadAsDocument(path));
+  CheckDocumentOnActivation();
+  EXPECT_TRUE(asked.empty());
+
+  fs::remove_all(dir + "/f");
+  answers = {kMbResultCancel};
+  CheckDocumentOnActivation();
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].text, "\"gone.txt\" was deleted from disk.\n\nDo you want to save it to the original location?");
+  EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D File Changed");
+  EXPECT_EQ(gMain.doc.path, path);  // Cancel: asked again next time
+
+  answers = {kMbResultDontSaveOrNo};
+  CheckDocumentOnActivation();
+  EXPECT_EQ(gMain.doc.path, "");
+  EXPECT_EQ(Text(), "keep me");
+  EXPECT_EQ(Title(), "Nebro - Untitled");
+}
+
+TEST_F(DocumentOps, RecentFilesCommands) {
+  std::vector<std::string> paths;
+  for (int i = 0; i < 11; ++i) paths.push_back(Write("r" + std::to_string(i) + ".txt", "x"));
+  for (const std::string& p : paths) ASSERT_TRUE(LoadAsDocument(p));
+  auto entry = [](int i) { return Utf16ToUtf8(FieldText(gSettings.recentFiles[i])); };
+  EXPECT_EQ(entry(0), paths[10]);
+  EXPECT_EQ(entry(9), paths[1]);  // the eleventh file pushed the first out
+
+  // Opening entry 4 moves it to the top.
+  DispatchCommand(kCmdRecentOpenFirst + 4);
+  EXPECT_EQ(gMain.doc.path, paths[6]);
+  EXPECT_EQ(entry(0), paths[6]);
+  EXPECT_EQ(entry(1), paths[10]);
+
+  // A missing file is offered for removal.
+  fs::remove(paths[10]);
+  answers = {kMbResultSaveOrYes};
+  DispatchCommand(kCmdRecentOpenFirst + 1);
+  ASSERT_FALSE(asked.empty());
+  EXPECT_EQ(asked.back().text, "\"r10.txt\" no longer exists on disk.\n\nRemove it from the Recent Files list?");
+  EXPECT_EQ(asked.back().kind, kMbYesNo);
+  EXPECT_EQ(entry(1), paths[9]);
+  EXPECT_EQ(gMain.doc.path, paths[6]);
+
+  DispatchCommand(kCmdRecentRemoveFirst + 0);
+  EXPECT_EQ(entry(0), paths[9]);
+  EXPECT_EQ(entry(9), "");
+
+  answers = {kMbResultDontSaveOrNo};
+  DispatchCommand(kCmdRecentClear);
+  EXPECT_EQ(asked.back().text, "Clear the entire Recent Files list?");
+  EXPECT_EQ(asked.back().title, "Nebro - Recent Files");
+  EXPECT_EQ(entry(0), paths[9]);
+  answers = {kMbResultSaveOrYes};
+  DispatchCommand(kCmdRecentClear);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(entry(i), "");
+  // Every change was saved at once.
+  AppSettings saved;
+  ASSERT_TRUE(LoadSettingsFrom(GetSettingsFilePath(), saved));
+  EXPECT_EQ(FieldText(saved.recentFiles[0]), u"");
+}
+
+TEST_F(DocumentOps, DropsAndAutoSave) {
+  const std::string a = Write("a.txt", "A");
+  const std::string b = Write("b.md", "B");
+  ASSERT_TRUE(LoadAsDocument(a));
+  Type("1");
+  OpenDroppedFile(a);  // the open file again: nothing happens, nothing is asked
+  EXPECT_TRUE(asked.empty());
+  EXPECT_EQ(Text(), "A1");
+
+  // Auto-save writes a modified document with a path.
+  AutoSaveTick();
+  EXPECT_EQ(Read(a), "A1");
+  EXPECT_FALSE(gMain.doc.modified);
+
+  answers = {kMbResultDontSaveOrNo};
+  Type("2");
+  OpenDroppedFile(b);
+  EXPECT_EQ(asked.size(), 1u);
+  EXPECT_EQ(gMain.doc.path, b);
+  EXPECT_EQ(Text(), "B");
+  EXPECT_EQ(Read(a), "A1");
+
+  // Untitled documents are never auto-saved; nothing is asked.
+  answers = {kMbResultDontSaveOrNo};
+  Type("x");
+  DispatchCommand(kCmdNew);
+  Type("new text");
+  const size_t before = asked.size();
+  AutoSaveTick();
+  EXPECT_EQ(asked.size(), before);
+  EXPECT_TRUE(gMain.doc.modified);
+}
+
+TEST_F(DocumentOps, CommandsThatChangeTheView) {
+  EXPECT_TRUE(DispatchCommand(kCmdWordWrap));
+  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), SC_WRAP_NONE);
+  EXPECT_FALSE(gSettings.wordWrap);
+  EXPECT_TRUE(DispatchCommand(kCmdWordWrap));
+  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), SC_WRAP_WORD);
+
+  EXPECT_TRUE(DispatchCommand(kCmdTransparencyFirst + 5));
+  EXPECT_EQ(gSettings.transparency, 50);
+  EXPECT_NEAR(gtk_widget_get_opacity(gMain.window), 128 / 255.0, 0.01);
+  EXPECT_TRUE(DispatchCommand(kCmdTransparencyFirst));
+  EXPECT_EQ(gSettings.transparency, 0);
+  EXPECT_DOUBLE_EQ(gtk_widget_get_opacity(gMain.window), 1.0);
+
+  EXPECT_TRUE(DispatchCommand(kCmdThemeFirst + 4));
+  EXPECT_EQ(gSettings.theme, 4u);
+  EXPECT_EQ(Send(gMain.editor, SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(ThemeColorsFor(4).editorBackground));
+
+  const bool numbers = gSettings.lineNumbers;
+  EXPECT_TRUE(DispatchCommand(kCmdLineNumbers));
+  EXPECT_EQ(gSettings.lineNumbers, !numbers);
+
+  Type("abc");
+  EXPECT_TRUE(DispatchCommand(kCmdSelectAll));
+  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 3);
+  EXPECT_TRUE(DispatchCommand(kCmdUndo));
+  EXPECT_EQ(Text(), "");
+  EXPECT_TRUE(DispatchCommand(kCmdRedo));
+  EXPECT_EQ(Text(), "abc");
+
+  // Commands whose windows do not exist yet are not bound.
+  EXPECT_FALSE(DispatchCommand(kCmdExport));
+  EXPECT_FALSE(DispatchCommand(kCmdFindReplace));
+  EXPECT_FALSE(DispatchCommand(12345));
+}

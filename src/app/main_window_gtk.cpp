@@ -210,6 +210,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);
   g_signal_connect(window, "window-state-event", G_CALLBACK(OnWindowState), nullptr);
   gtk_widget_show_all(box);
+  gtk_widget_grab_focus(editor);
   return true;
 }
 

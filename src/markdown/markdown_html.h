@@ -41,9 +41,12 @@ std::string MarkdownPageTitle(std::string_view documentPath);
 using MarkdownProgress = std::function<bool(uint32_t line, uint32_t lineCount)>;
 
 // Appends the whole page to `out`. Returns false and appends nothing when the text is empty or
-// the progress callback asked to stop. The UTF-8 form is the fast one: each byte that is not
-// part of well-formed UTF-8 renders as U+FFFD, exactly as if the text had been converted to
-// UTF-16 first. In the UTF-16 form an unpaired surrogate renders as U+FFFD.
+// the progress callback asked to stop.
+//
+// Literal text reaches the page one UTF-16 code unit at a time, so every surrogate renders as
+// U+FFFD: a character beyond U+FFFF (an emoji, say) becomes two U+FFFD. The UTF-8 form is the
+// fast one and gives the same page as converting to UTF-16 first: each byte that starts no
+// well-formed UTF-8 sequence renders as one U+FFFD.
 bool RenderMarkdownPage(std::string_view markdownUtf8, const MarkdownPageOptions& options,
                         std::string& out, const MarkdownProgress& progress = {});
 bool RenderMarkdownPage(std::u16string_view markdownText, const MarkdownPageOptions& options,
@@ -64,7 +67,8 @@ bool RenderMarkdownToHtmlFile(const std::string& outputPath, std::u16string_view
 std::string RenderInlineMarkdown(std::u16string_view text);
 std::string RenderInlineMarkdown(std::string_view utf8);
 
-// Literal text as HTML: tab becomes four blanks, & < > " ' become entities.
+// Literal text as HTML: tab becomes four blanks, & < > " ' become entities; surrogates and
+// ill-formed bytes become U+FFFD as above.
 std::string EscapeHtmlUtf8(std::u16string_view text);
 std::string EscapeHtmlUtf8(std::string_view utf8);
 

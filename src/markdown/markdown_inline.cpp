@@ -2,9 +2,10 @@
 //
 // Every delimiter and every character that needs escaping is ASCII, and an ASCII byte is never
 // part of a multi-byte UTF-8 sequence, so working on bytes gives the same result as working on
-// UTF-16 code units: "the previous character is an asterisk" means the same in both. The only
-// thing to get right is ill-formed input, which must come out as U+FFFD byte for byte the way
-// Utf8ToUtf16 would have replaced it.
+// UTF-16 code units: "the previous character is an asterisk" means the same in both. What needs
+// care is what the UTF-16 text would hold: ill-formed input comes out as U+FFFD byte for byte the
+// way Utf8ToUtf16 replaces it, and a character beyond U+FFFF as the two U+FFFD that converting
+// its surrogates one unit at a time gives.
 #include "markdown/markdown_inline.h"
 
 #include <algorithm>
@@ -110,13 +111,23 @@ inline size_t SequenceLength(const unsigned char* s, size_t i, size_t n) {
   return 0;
 }
 
-// Copies the character at s[i] (non-ASCII) or its replacement; returns the bytes consumed.
+constexpr char kReplacement[] = "\xEF\xBF\xBD";  // U+FFFD
+
+// Copies the character at s[i] (non-ASCII) or what stands for it; returns the bytes consumed.
+// Literal text is converted one UTF-16 code unit at a time, so a character beyond U+FFFF, which
+// UTF-16 holds as a surrogate pair, comes out as two U+FFFD.
 inline size_t CopyHigh(const unsigned char* s, size_t i, size_t n, char*& o) {
   const size_t len = SequenceLength(s, i, n);
   if (len == 0) {
-    std::memcpy(o, "\xEF\xBF\xBD", 3);
+    std::memcpy(o, kReplacement, 3);
     o += 3;
     return 1;
+  }
+  if (len == 4) {
+    std::memcpy(o, kReplacement, 3);
+    std::memcpy(o + 3, kReplacement, 3);
+    o += 6;
+    return 4;
   }
   std::memcpy(o, s + i, len);
   o += len;
@@ -159,6 +170,19 @@ inline void SkipPlain(const unsigned char* s, size_t& i, size_t stop, char*& o) 
 void HtmlBuffer::Grow(size_t n) {
   const size_t wanted = std::max({used_ + n, out_.size() * 2, size_t{4096}});
   out_.resize(wanted);
+}
+
+std::string UnitsToUtf8(std::u16string_view text) {
+  std::string utf8;
+  utf8.reserve(text.size() + text.size() / 2);
+  for (const char16_t unit : text) {
+    if (unit >= 0xD800 && unit <= 0xDFFF) {
+      utf8 += kReplacement;
+    } else {
+      AppendUtf8(utf8, unit);
+    }
+  }
+  return utf8;
 }
 
 void AppendInline(HtmlBuffer& out, const unsigned char* s, size_t n) {
@@ -273,9 +297,7 @@ std::string RenderInlineMarkdown(std::string_view utf8) {
 }
 
 std::string RenderInlineMarkdown(std::u16string_view text) {
-  // Delimiters are ASCII, so a surrogate pair never straddles a flush: converting the whole
-  // text first gives what converting each run of literal text would.
-  return RenderInlineMarkdown(std::string_view(Utf16ToUtf8(text)));
+  return RenderInlineMarkdown(std::string_view(markdown_detail::UnitsToUtf8(text)));
 }
 
 std::string EscapeHtmlUtf8(std::string_view utf8) {
@@ -287,7 +309,7 @@ std::string EscapeHtmlUtf8(std::string_view utf8) {
 }
 
 std::string EscapeHtmlUtf8(std::u16string_view text) {
-  return EscapeHtmlUtf8(std::string_view(Utf16ToUtf8(text)));
+  return EscapeHtmlUtf8(std::string_view(markdown_detail::UnitsToUtf8(text)));
 }
 
 }  // namespace nebro

@@ -36,10 +36,15 @@ class HtmlBuffer {
   size_t used_;
 };
 
-// The inline rendering of one block's text (UTF-8 bytes; ill-formed bytes become U+FFFD).
+// UTF-8 of each UTF-16 code unit taken by itself: every surrogate, paired or not, becomes U+FFFD.
+// Feeding the result to the byte loops gives what the UTF-16 rules give on the units.
+std::string UnitsToUtf8(std::u16string_view text);
+
+// The inline rendering of one block's text (UTF-8 bytes; ill-formed bytes become U+FFFD, a
+// character beyond U+FFFF two U+FFFD).
 void AppendInline(HtmlBuffer& out, const unsigned char* s, size_t n);
 
-// Escaping of literal text (UTF-8 bytes; ill-formed bytes become U+FFFD).
+// Escaping of literal text, with the same replacements.
 void AppendEscaped(HtmlBuffer& out, const unsigned char* s, size_t n);
 
 }  // namespace nebro::markdown_detail

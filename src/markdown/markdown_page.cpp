@@ -305,7 +305,8 @@ bool RenderMarkdownPage(std::string_view markdownUtf8, const MarkdownPageOptions
 
 bool RenderMarkdownPage(std::u16string_view markdownText, const MarkdownPageOptions& options,
                         std::string& out, const MarkdownProgress& progress) {
-  return RenderMarkdownPage(std::string_view(Utf16ToUtf8(markdownText)), options, out, progress);
+  return RenderMarkdownPage(std::string_view(markdown_detail::UnitsToUtf8(markdownText)), options,
+                            out, progress);
 }
 
 bool RenderMarkdownToHtmlFile(const std::string& outputPath, std::string_view markdownUtf8,

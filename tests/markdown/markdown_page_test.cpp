@@ -109,6 +109,8 @@ TEST(MarkdownPage, TitleIsTheFileNameUnescaped) {
   EXPECT_EQ(MarkdownPageTitle("/tmp/<y> & \"z\".md"), "<y> & \"z\".md");
   EXPECT_EQ(MarkdownPageTitle("/tmp/dir/"), "");
   EXPECT_EQ(MarkdownPageTitle("/tmp/caf\xC3\xA9.md"), "caf\xC3\xA9.md");
+  // The title is converted as a whole: unlike literal text in the page, it keeps an emoji.
+  EXPECT_EQ(MarkdownPageTitle("/tmp/\xF0\x9F\x98\x80.md"), "\xF0\x9F\x98\x80.md");
 }
 
 TEST(MarkdownPage, EmptyTextGivesNoPage) {

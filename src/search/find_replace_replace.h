@@ -1,12 +1,13 @@
 // Replacing for the Find & Replace dialog: the literal Replace All scan, the single Replace's
 // selection test, and the dialog's preserve-case rule.
 //
-// Replace All works on the UTF-16 form of the range, as the dialog always has: both sides are
-// lower-cased code point by code point unless "Match case" is on, and with "Whole word" an
+// Replace All compares characters the way the dialog's wide-character scan does: both sides
+// lower-cased character by character unless "Match case" is on, and with "Whole word" an
 // occurrence counts only when the character before it and the one after it, inside the range,
-// are no letters, digits or '_' (Unicode letters and digits included). The text between
-// replacements is copied from the original bytes, so malformed UTF-8 outside the occurrences
-// survives unchanged.
+// are no letters, digits or '_' (Unicode letters and digits included). It reads the UTF-8 range
+// directly rather than a UTF-16 copy; the text between replacements is copied from the original
+// bytes, and a malformed byte is a character of its own that equals only itself, so malformed
+// UTF-8 outside the occurrences survives unchanged.
 #pragma once
 
 #include <string>

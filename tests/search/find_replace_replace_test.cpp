@@ -32,6 +32,10 @@ TEST(FindReplaceReplaceAll, CountsAndPositionsInTheNewText) {
   EXPECT_EQ(r.replaced, (Matches{{5, 9}, {15, 19}}));
   r = ReplaceAll("\xC3\x89" "COLE", "\xC3\xA9" "cole", "x", false, false, false);
   EXPECT_EQ(r.newText, "x");
+  // Lower-casing may change a character's length: the Kelvin sign (3 bytes) is a "k".
+  r = ReplaceAll("a\xE2\x84\xAA" "b", "K", "x", false, false, false);
+  EXPECT_EQ(r.newText, "axb");
+  EXPECT_EQ(ReplaceAll("a\xE2\x84\xAA" "b", "K", "x", true, false, false).count, 0);
 
   // Nothing to do.
   r = ReplaceAll("abc", "", "x", false, false, false);
@@ -62,6 +66,9 @@ TEST(FindReplaceReplaceAll, WholeWordLooksOnlyAtTheNeighbours) {
   EXPECT_EQ(ReplaceAll("\xC3\xA9" "foo foo", "foo", "X", true, true, false).newText,
             "\xC3\xA9" "foo X");
   EXPECT_EQ(ReplaceAll("\xD0\xB6" "foo", "foo", "X", true, true, false).count, 0);
+  EXPECT_EQ(ReplaceAll("\xE4\xB8\xAD" "foo foo\xE4\xB8\xAD", "FOO", "X", false, true, false).count, 0);
+  EXPECT_EQ(ReplaceAll("\xE4\xB8\xAD" "foo foo", "FOO", "X", false, true, false).newText,
+            "\xE4\xB8\xAD" "foo X");
   r = ReplaceAll("\xF0\x9F\x98\x80" "foo\xF0\x9F\x98\x80", "foo", "x", true, true, false);
   EXPECT_EQ(r.newText, "\xF0\x9F\x98\x80" "x\xF0\x9F\x98\x80");
   EXPECT_EQ(r.replaced, (Matches{{4, 5}}));
@@ -93,6 +100,13 @@ TEST(FindReplaceReplaceAll, MalformedBytesOutsideOccurrencesSurvive) {
   EXPECT_EQ(r.replaced, (Matches{{1, 4}, {5, 8}}));
   r = ReplaceAll("\xE2\x82" "foo", "foo", "b", true, true, false);  // a cut-off character is no letter
   EXPECT_EQ(r.newText, "\xE2\x82" "b");
+  // A malformed byte equals only itself, never U+FFFD, with or without "Match case".
+  for (bool matchCase : {true, false}) {
+    EXPECT_EQ(ReplaceAll("\xFF" "a", "\xEF\xBF\xBD" "a", "x", matchCase, false, false).count, 0);
+    EXPECT_EQ(ReplaceAll("\xFF" "a\xFE", "\xFF", "x", matchCase, false, false).newText, "xa\xFE");
+    // A find text cut inside a character does not match the whole character.
+    EXPECT_EQ(ReplaceAll("a\xC3\xA9", "a\xC3", "x", matchCase, false, false).count, 0);
+  }
 }
 
 TEST(FindReplacePreserveCase, RuleOnItsOwn) {

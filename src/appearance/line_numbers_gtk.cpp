@@ -1,0 +1,153 @@
+#include "appearance/line_numbers_gtk.h"
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "app/gtk_util_gtk.h"
+#include "app/main_window_gtk.h"
+#include "appearance/current_theme.h"
+#include "common/utf.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+namespace nebro {
+namespace {
+
+using namespace sci;
+
+constexpr const char* kWidthKey = "nebro-margin-width";
+// The face name is handed over as at most this many UTF-8 bytes.
+constexpr size_t kFaceBytes = 31;
+constexpr int kWheelLines = 3;
+
+struct FontDescriptionFree {
+  void operator()(PangoFontDescription* d) const { pango_font_description_free(d); }
+};
+
+int RememberedWidth(GtkWidget* margin) { return GPOINTER_TO_INT(g_object_get_data(G_OBJECT(margin), kWidthKey)); }
+void RememberWidth(GtkWidget* margin, int width) {
+  g_object_set_data(G_OBJECT(margin), kWidthKey, GINT_TO_POINTER(width));
+}
+
+std::string FaceName() {
+  std::string face = Utf16ToUtf8(FieldText(gSettings.fontName));
+  if (face.size() > kFaceBytes) {
+    size_t n = kFaceBytes;
+    while (n > 0 && (static_cast<unsigned char>(face[n]) & 0xC0) == 0x80) --n;
+    face.resize(n);
+  }
+  return face;
+}
+
+// The same face the editor asks Pango for, so that a missing font falls back to the same
+// substitute in both and the rows keep their height.
+std::unique_ptr<PangoFontDescription, FontDescriptionFree> NumberFont(int zoom) {
+  std::unique_ptr<PangoFontDescription, FontDescriptionFree> font(pango_font_description_new());
+  pango_font_description_set_family(font.get(), FaceName().c_str());
+  pango_font_description_set_weight(font.get(), PANGO_WEIGHT_NORMAL);
+  pango_font_description_set_size(font.get(), MarginFontPoints(gSettings.fontSize, zoom) * PANGO_SCALE);
+  return font;
+}
+
+void FillRect(cairo_t* cr, double x, double y, double w, double h, Colour c) {
+  SetSourceColour(cr, c);
+  cairo_rectangle(cr, x, y, w, h);
+  cairo_fill(cr);
+}
+
+// Painted into GTK's off-screen buffer of the widget, which is shown in one step.
+gboolean OnDraw(GtkWidget* margin, cairo_t* cr, gpointer) {
+  try {
+    const ThemeColors& theme = GetThemeColors();
+    const int width = gtk_widget_get_allocated_width(margin);
+    const int height = gtk_widget_get_allocated_height(margin);
+    FillRect(cr, 0, 0, width, height, theme.lineNumberBackground);
+    FillRect(cr, width - 1, 0, 1, height, theme.border);
+    GtkWidget* e = gMain.editor;
+    if (!e) return TRUE;
+
+    GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(margin, nullptr));
+    auto font = NumberFont(static_cast<int>(Send(e, SCI_GETZOOM)));
+    pango_layout_set_font_description(layout.get(), font.get());
+    pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
+
+    MarginView view;
+    view.firstVisibleLine = static_cast<long>(Send(e, SCI_GETFIRSTVISIBLELINE));
+    view.textHeight = static_cast<int>(Send(e, SCI_TEXTHEIGHT, 0));
+    view.clientHeight = height;
+    view.caretY = static_cast<int>(Send(e, SCI_POINTYFROMPOSITION, 0, Send(e, SCI_GETCURRENTPOS)));
+    view.lineCount = static_cast<long>(Send(e, SCI_GETLINECOUNT));
+    const int h = view.textHeight < 1 ? 16 : view.textHeight;
+    const auto docLine = [e](long display) {
+      return static_cast<long>(Send(e, SCI_DOCLINEFROMVISIBLE, static_cast<uptr_t>(display)));
+    };
+    const int right = width - kMarginRightPadding;
+    for (const MarginRow& row : MarginRowsToPaint(view, docLine)) {
+      char number[24];
+      std::snprintf(number, sizeof number, "%ld", row.number);
+      pango_layout_set_text(layout.get(), number, -1);
+      PangoRectangle logical;
+      pango_layout_get_pixel_extents(layout.get(), nullptr, &logical);
+      SetSourceColour(cr, row.current ? theme.currentLineNumberText : theme.lineNumberText);
+      cairo_move_to(cr, right - logical.width - logical.x, row.top + std::floor((h - logical.height) / 2.0) - logical.y);
+      pango_cairo_show_layout(cr, layout.get());
+    }
+  } catch (...) {
+    g_warning("Nebro: painting the line numbers failed");
+  }
+  return TRUE;
+}
+
+// A click only hands the keyboard back to the editor: no line selection, no bookmarks.
+gboolean OnButtonPress(GtkWidget*, GdkEventButton*, gpointer) {
+  if (gMain.editor) gtk_widget_grab_focus(gMain.editor);
+  return TRUE;
+}
+
+gboolean OnScroll(GtkWidget*, GdkEventScroll* event, gpointer) {
+  if (!gMain.editor) return FALSE;
+  long lines = 0;
+  if (event->direction == GDK_SCROLL_UP) lines = -kWheelLines;
+  else if (event->direction == GDK_SCROLL_DOWN) lines = kWheelLines;
+  else if (event->direction == GDK_SCROLL_SMOOTH) lines = std::lround(event->delta_y * kWheelLines);
+  if (lines != 0) Send(gMain.editor, SCI_LINESCROLL, 0, lines);
+  return TRUE;
+}
+
+}  // namespace
+
+GtkWidget* CreateLineNumberMargin() {
+  GtkWidget* margin = gtk_drawing_area_new();
+  gtk_widget_set_name(margin, "NebroMargin");
+  gtk_widget_add_events(margin, GDK_BUTTON_PRESS_MASK | GDK_SCROLL_MASK);
+  const int width = MarginWidth();
+  RememberWidth(margin, width);
+  gtk_widget_set_size_request(margin, width, -1);
+  g_signal_connect(margin, "draw", G_CALLBACK(OnDraw), nullptr);
+  g_signal_connect(margin, "button-press-event", G_CALLBACK(OnButtonPress), nullptr);
+  g_signal_connect(margin, "scroll-event", G_CALLBACK(OnScroll), nullptr);
+  return margin;
+}
+
+int MarginWidth() {
+  GtkWidget* e = gMain.editor;
+  if (!gSettings.lineNumbers || !e) return 0;
+  const long lines = static_cast<long>(Send(e, SCI_GETLINECOUNT));
+  const int nine = static_cast<int>(SendPtr(e, SCI_TEXTWIDTH, STYLE_LINENUMBER, "9"));
+  return MarginWidth(lines, nine);
+}
+
+void UpdateMargin() {
+  GtkWidget* margin = gMain.margin;
+  if (!gSettings.lineNumbers || !margin) return;
+  const int width = MarginWidth();
+  if (width != RememberedWidth(margin)) {
+    RememberWidth(margin, width);
+    gtk_widget_set_size_request(margin, width, -1);  // queues a new layout of the window
+  }
+  gtk_widget_queue_draw(margin);
+}
+
+}  // namespace nebro

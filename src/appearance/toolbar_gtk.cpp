@@ -1,0 +1,212 @@
+#include "appearance/toolbar_gtk.h"
+
+#include <cmath>
+#include <memory>
+
+#include "app/gtk_util_gtk.h"
+#include "app/main_window_gtk.h"
+#include "appearance/current_theme.h"
+
+namespace nebro {
+namespace {
+
+constexpr const char* kStateKey = "nebro-toolbar";
+
+ToolbarCommandSink gCommandSink;
+
+struct FontDescriptionFree {
+  void operator()(PangoFontDescription* d) const { pango_font_description_free(d); }
+};
+
+Toolbar* StateOf(GtkWidget* widget) {
+  return widget ? static_cast<Toolbar*>(g_object_get_data(G_OBJECT(widget), kStateKey)) : nullptr;
+}
+
+void Repaint(GtkWidget* widget) { gtk_widget_queue_draw(widget); }
+
+// Paints the queued area now rather than at the next frame, so a pressed button is seen even
+// when its command keeps the main loop busy.
+void PaintNow(GtkWidget* widget) {
+  if (GdkWindow* window = gtk_widget_get_window(widget)) {
+    G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+    gdk_window_process_updates(window, FALSE);
+    G_GNUC_END_IGNORE_DEPRECATIONS
+  }
+}
+
+// The hand over an enabled button, the arrow (the parent's cursor) elsewhere.
+void UpdateCursor(GtkWidget* widget, const Toolbar& t) {
+  GdkWindow* window = gtk_widget_get_window(widget);
+  if (!window) return;
+  if (t.hot >= 0) {
+    GObjectPtr<GdkCursor> hand(gdk_cursor_new_for_display(gdk_window_get_display(window), GDK_HAND2));
+    gdk_window_set_cursor(window, hand.get());
+  } else {
+    gdk_window_set_cursor(window, nullptr);
+  }
+}
+
+void SetHot(GtkWidget* widget, Toolbar& t, int hot) {
+  if (t.hot == hot) return;
+  t.hot = hot;
+  UpdateCursor(widget, t);
+  Repaint(widget);
+}
+
+void SendCommand(int id) {
+  if (gCommandSink) gCommandSink(id);
+  else DispatchCommand(id);
+}
+
+void FillRect(cairo_t* cr, double x, double y, double w, double h, Colour c) {
+  SetSourceColour(cr, c);
+  cairo_rectangle(cr, x, y, w, h);
+  cairo_fill(cr);
+}
+
+void DrawButton(cairo_t* cr, PangoLayout* layout, const ToolbarButton& b, const ToolbarButtonLook& look) {
+  const ToolbarRect& r = b.rect;
+  const double w = r.right - r.left, h = r.bottom - r.top;
+  // The outline runs along the outermost pixels of the rectangle, so its path lies on their
+  // centres.
+  RoundedRectangle(cr, r.left + 0.5, r.top + 0.5, w - 1, h - 1, kToolbarCornerDiameter / 2.0);
+  SetSourceColour(cr, look.fill);
+  cairo_fill_preserve(cr);
+  SetSourceColour(cr, look.outline);
+  cairo_set_line_width(cr, 1);
+  cairo_stroke(cr);
+
+  const double lineLeft = r.left + 4, lineWidth = w - 8;
+  if (look.accentLine) FillRect(cr, lineLeft, r.top + 1, lineWidth, 2, look.accent);
+  if (look.highlightLine) FillRect(cr, lineLeft, r.top + 1, lineWidth, 1, look.highlight);
+
+  pango_layout_set_text(layout, b.label, -1);
+  PangoRectangle ink, logical;
+  pango_layout_get_pixel_extents(layout, &ink, &logical);
+  SetSourceColour(cr, look.text);
+  cairo_move_to(cr, r.left + std::floor((w - logical.width) / 2) - logical.x,
+                r.top + std::floor((h - logical.height) / 2) - logical.y);
+  pango_cairo_show_layout(cr, layout);
+}
+
+// GTK hands the handler an off-screen buffer of the widget's size and shows it in one step once
+// the handler returns, so painting straight into `cr` is the double buffering the toolbar needs.
+gboolean OnDraw(GtkWidget* widget, cairo_t* cr, gpointer) {
+  try {
+    const Toolbar* t = StateOf(widget);
+    if (!t) return FALSE;
+    const ThemeColors& theme = GetThemeColors();
+    const int width = gtk_widget_get_allocated_width(widget);
+    const int height = gtk_widget_get_allocated_height(widget);
+    const ToolbarChrome chrome = ToolbarChromeColours(theme);
+    FillRect(cr, 0, 0, width, height, chrome.background);
+    FillRect(cr, 0, 0, width, 1, chrome.topLine);
+    FillRect(cr, 0, height - 1, width, 1, chrome.bottomLine);
+
+    GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(widget, nullptr));
+    std::unique_ptr<PangoFontDescription, FontDescriptionFree> font(pango_font_description_new());
+    pango_font_description_set_family(font.get(), kToolbarFontFace);
+    pango_font_description_set_weight(font.get(), PANGO_WEIGHT_NORMAL);
+    pango_font_description_set_absolute_size(font.get(), kToolbarFontPixels * PANGO_SCALE);
+    pango_layout_set_font_description(layout.get(), font.get());
+    pango_layout_set_single_paragraph_mode(layout.get(), TRUE);
+
+    for (int i = 0; i < kToolbarButtonCount; ++i) {
+      DrawButton(cr, layout.get(), t->buttons[i], ToolbarButtonLookFor(*t, i, theme));
+    }
+  } catch (...) {
+    g_warning("Nebro: painting the toolbar failed");
+  }
+  return TRUE;
+}
+
+void OnSizeAllocate(GtkWidget* widget, GdkRectangle* allocation, gpointer) {
+  if (Toolbar* t = StateOf(widget)) {
+    LayoutToolbar(*t, allocation->width);
+    Repaint(widget);
+  }
+}
+
+gboolean OnMotion(GtkWidget* widget, GdkEventMotion* event, gpointer) {
+  if (Toolbar* t = StateOf(widget)) {
+    SetHot(widget, *t, ToolbarHitTest(*t, static_cast<int>(event->x), static_cast<int>(event->y)));
+  }
+  return FALSE;
+}
+
+gboolean OnLeave(GtkWidget* widget, GdkEventCrossing*, gpointer) {
+  if (Toolbar* t = StateOf(widget)) {
+    t->hot = -1;
+    UpdateCursor(widget, *t);
+    Repaint(widget);
+  }
+  return FALSE;
+}
+
+// The command fires when the button goes down, not on release.
+gboolean OnButtonPress(GtkWidget* widget, GdkEventButton* event, gpointer) {
+  // A double click arrives as two presses plus a 2BUTTON_PRESS; each press counts once.
+  if (event->type != GDK_BUTTON_PRESS || event->button != GDK_BUTTON_PRIMARY) return FALSE;
+  Toolbar* t = StateOf(widget);
+  if (!t) return FALSE;
+  const int index = ToolbarHitTest(*t, static_cast<int>(event->x), static_cast<int>(event->y));
+  if (index < 0) return TRUE;
+  try {
+    ToolbarButton& b = t->buttons[index];
+    b.pressed = true;
+    Repaint(widget);
+    PaintNow(widget);
+    b.pressed = false;
+    Repaint(widget);
+    // The command may do anything, including replacing the toolbar: nothing of it is used after.
+    SendCommand(static_cast<int>(b.commandId));
+  } catch (...) {
+    g_warning("Nebro: a toolbar command failed");
+  }
+  return TRUE;
+}
+
+gboolean OnButtonRelease(GtkWidget* widget, GdkEventButton* event, gpointer) {
+  if (event->button != GDK_BUTTON_PRIMARY) return FALSE;
+  if (Toolbar* t = StateOf(widget)) {
+    for (ToolbarButton& b : t->buttons) b.pressed = false;
+    Repaint(widget);
+  }
+  return TRUE;
+}
+
+}  // namespace
+
+GtkWidget* CreateToolbar() {
+  GtkWidget* widget = gtk_drawing_area_new();
+  gtk_widget_set_name(widget, "NebroToolbar");
+  gtk_widget_set_size_request(widget, -1, kToolbarHeight);
+  gtk_widget_add_events(widget, GDK_POINTER_MOTION_MASK | GDK_LEAVE_NOTIFY_MASK | GDK_BUTTON_PRESS_MASK |
+                                    GDK_BUTTON_RELEASE_MASK);
+  auto* state = new Toolbar(MakeToolbar());
+  UpdateToolbarEnabled(*state, gMain.doc.modified);
+  g_object_set_data_full(G_OBJECT(widget), kStateKey, state, [](gpointer p) { delete static_cast<Toolbar*>(p); });
+  g_signal_connect(widget, "draw", G_CALLBACK(OnDraw), nullptr);
+  g_signal_connect(widget, "size-allocate", G_CALLBACK(OnSizeAllocate), nullptr);
+  g_signal_connect(widget, "motion-notify-event", G_CALLBACK(OnMotion), nullptr);
+  g_signal_connect(widget, "leave-notify-event", G_CALLBACK(OnLeave), nullptr);
+  g_signal_connect(widget, "button-press-event", G_CALLBACK(OnButtonPress), nullptr);
+  g_signal_connect(widget, "button-release-event", G_CALLBACK(OnButtonRelease), nullptr);
+  return widget;
+}
+
+void RefreshToolbarState() {
+  GtkWidget* widget = gMain.toolbar;
+  Toolbar* t = StateOf(widget);
+  if (!t) return;
+  const int hotBefore = t->hot;
+  UpdateToolbarEnabled(*t, gMain.doc.modified);
+  if (t->hot != hotBefore) UpdateCursor(widget, *t);
+  Repaint(widget);
+}
+
+const Toolbar* ToolbarState(GtkWidget* toolbar) { return StateOf(toolbar); }
+
+void SetToolbarCommandSink(ToolbarCommandSink sink) { gCommandSink = std::move(sink); }
+
+}  // namespace nebro

@@ -1,6 +1,7 @@
 #include "document/text_decode.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
 
@@ -39,6 +40,16 @@ bool HasKnownSignature(const unsigned char* d, size_t n) {
 inline char16_t UnitAt(const unsigned char* p, bool bigEndian) {
   return bigEndian ? static_cast<char16_t>((p[0] << 8) | p[1])
                    : static_cast<char16_t>(p[0] | (p[1] << 8));
+}
+
+// Four code units at once: true when all of them are below 0x80 (the common case of text).
+// `block` holds the eight bytes as they lie in the file.
+inline bool FourAsciiUnits(const unsigned char* p, bool bigEndian, uint64_t& block) {
+  std::memcpy(&block, p, 8);
+  // Per unit, the bits that must be zero: the whole high byte and the top bit of the low byte.
+  constexpr bool hostLittle = std::endian::native == std::endian::little;
+  const uint64_t mask = (bigEndian == hostLittle) ? 0x80FF80FF80FF80FFull : 0xFF80FF80FF80FF80ull;
+  return (block & mask) == 0;
 }
 
 inline bool IsHigh(char16_t u) { return u >= 0xD800 && u <= 0xDBFF; }
@@ -83,6 +94,12 @@ size_t Utf16BytesToUtf8Size(const unsigned char* data, size_t size, bool bigEndi
   const size_t units = size / 2;
   size_t out = 0;
   for (size_t i = 0; i < units; ++i) {
+    uint64_t block;
+    while (i + 4 <= units && FourAsciiUnits(data + 2 * i, bigEndian, block)) {
+      out += 4;
+      i += 4;
+    }
+    if (i == units) break;
     const char16_t u = UnitAt(data + 2 * i, bigEndian);
     if (u < 0x80) {
       out += 1;
@@ -101,7 +118,19 @@ size_t Utf16BytesToUtf8Size(const unsigned char* data, size_t size, bool bigEndi
 size_t Utf16BytesToUtf8(const unsigned char* data, size_t size, bool bigEndian, char* out) {
   const size_t units = size / 2;
   char* o = out;
+  const int low = bigEndian ? 1 : 0;  // where the significant byte of an ASCII unit lies
   for (size_t i = 0; i < units; ++i) {
+    uint64_t block;
+    while (i + 4 <= units && FourAsciiUnits(data + 2 * i, bigEndian, block)) {
+      const unsigned char* p = data + 2 * i + low;
+      o[0] = static_cast<char>(p[0]);
+      o[1] = static_cast<char>(p[2]);
+      o[2] = static_cast<char>(p[4]);
+      o[3] = static_cast<char>(p[6]);
+      o += 4;
+      i += 4;
+    }
+    if (i == units) break;
     char32_t c = UnitAt(data + 2 * i, bigEndian);
     if (c < 0x80) {
       *o++ = static_cast<char>(c);

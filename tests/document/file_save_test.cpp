@@ -238,7 +238,9 @@ TEST(FileSave, ReadOnlyTargetsAreReportedAndUntouched) {
   // The user's own read-only file, and someone else's, in a folder the user may write (where a
   // rename could replace them).
   for (bool own : {true, false}) {
-    if (geteuid() == 0) ASSERT_EQ(chown(path.c_str(), own ? kNobody : 0, own ? kNobody : 0), 0);
+    if (geteuid() == 0) {
+      ASSERT_EQ(chown(path.c_str(), own ? kNobody : 0, own ? kNobody : 0), 0);
+    }
     AsNobody nobody;
     const SaveResult r = Save(path, "overwritten", TextEncoding::Utf8, lockFd);
     EXPECT_EQ(r.error, SaveError::ReadOnlyFile) << r.detail;

@@ -173,13 +173,24 @@ void HtmlBuffer::Grow(size_t n) {
 }
 
 std::string UnitsToUtf8(std::u16string_view text) {
-  std::string utf8;
-  utf8.reserve(text.size() + text.size() / 2);
+  // Sized exactly first, then written through a pointer: whole documents pass through here.
+  size_t size = 0;
+  for (const char16_t unit : text) size += unit < 0x80 ? 1 : unit < 0x800 ? 2 : 3;
+  std::string utf8(size, '\0');
+  char* o = utf8.data();
   for (const char16_t unit : text) {
-    if (unit >= 0xD800 && unit <= 0xDFFF) {
-      utf8 += kReplacement;
+    if (unit < 0x80) {
+      *o++ = static_cast<char>(unit);
+    } else if (unit < 0x800) {
+      *o++ = static_cast<char>(0xC0 | (unit >> 6));
+      *o++ = static_cast<char>(0x80 | (unit & 0x3F));
+    } else if (unit >= 0xD800 && unit <= 0xDFFF) {
+      std::memcpy(o, kReplacement, 3);
+      o += 3;
     } else {
-      AppendUtf8(utf8, unit);
+      *o++ = static_cast<char>(0xE0 | (unit >> 12));
+      *o++ = static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+      *o++ = static_cast<char>(0x80 | (unit & 0x3F));
     }
   }
   return utf8;

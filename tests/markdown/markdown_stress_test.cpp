@@ -160,8 +160,10 @@ TEST(MarkdownStress, ByteRendererMatchesTheUtf16Model) {
     ASSERT_EQ(Body(page), expected) << "document: " << doc;
   }
   // UTF-16 text with unpaired surrogates, which UTF-8 input cannot carry.
-  static const char16_t kUnits[] = {u'*', u'_',   u'`',   u'\n',  u' ',   u'a',  u'-', u'1',
-                                    u'.', 0xD83D, 0xDE00, 0xDBFF, 0xDC00, u'\r', u'>', u'#'};
+  static const char16_t kUnits[] = {u'*',   u'_',   u'`',   u'\n',  u' ',   u'a',   u'-',
+                                    u'1',   u'.',   0xD83D, 0xDE00, 0xDBFF, 0xDC00, u'\r',
+                                    u'>',   u'#',   u'&',   u'\t',  0x00E9, 0x07FF, 0x0800,
+                                    0x20AC, 0xD7FF, 0xE000, 0xFFFD, 0xFFFF, 0x0080, 0x007F};
   std::uniform_int_distribution<size_t> unitOf(0, std::size(kUnits) - 1);
   for (int round = 0; round < 4000; ++round) {
     std::u16string doc;

@@ -19,41 +19,21 @@ std::string Inline(std::u16string_view text) {
 
 }  // namespace
 
-TEST(MarkdownInline, StrongEmphasisAndCode) {
-  EXPECT_EQ(Inline(u"**bold**"), "<strong>bold</strong>");
-  EXPECT_EQ(Inline(u"*em* and _em_"), "<em>em</em> and <em>em</em>");
-  EXPECT_EQ(Inline(u"`x`"), "<code>x</code>");
-  EXPECT_EQ(Inline(u"plain text"), "plain text");
+// The stored pages cover the common cases inside blocks; these are the inline entry on its own.
+TEST(MarkdownInline, RulesQuirksAndEscapes) {
   EXPECT_EQ(Inline(u""), "");
-  // Nothing is special inside code but the closing backtick.
-  EXPECT_EQ(Inline(u"`a*b*`"), "<code>a*b*</code>");
+  EXPECT_EQ(Inline(u"plain text"), "plain text");
   EXPECT_EQ(Inline(u"`**x** _y_`"), "<code>**x** _y_</code>");
-}
-
-TEST(MarkdownInline, Quirks) {
-  // Underscores inside words count; a double underscore is two literal underscores.
-  EXPECT_EQ(Inline(u"snake_case_name"), "snake<em>case</em>name");
-  EXPECT_EQ(Inline(u"__init__"), "__init__");
   EXPECT_EQ(Inline(u"a___b"), "a___b");
-  // Asterisk and underscore share one flag.
-  EXPECT_EQ(Inline(u"*a_"), "<em>a</em>");
   EXPECT_EQ(Inline(u"_a*"), "<em>a</em>");
-  // Bold-italic is not supported: an asterisk right after a pair is literal.
-  EXPECT_EQ(Inline(u"***x***"), "<strong>*x</strong>*");
   EXPECT_EQ(Inline(u"*****"), "<strong></strong>*");
   EXPECT_EQ(Inline(u"a*"), "a<em></em>");
   // Open markers are closed at the end in the order code, em, strong, nesting or not.
   EXPECT_EQ(Inline(u"**a *b `c"), "<strong>a <em>b <code>c</code></em></strong>");
   EXPECT_EQ(Inline(u"*a **b* c"), "<em>a <strong>b</em> c</strong>");
   EXPECT_EQ(Inline(u"``"), "<code></code>");
-  EXPECT_EQ(Inline(u"```"), "<code></code><code></code>");
-}
-
-TEST(MarkdownInline, EscapingInsideAndOutsideCode) {
-  EXPECT_EQ(Inline(u"a < b & c"), "a &lt; b &amp; c");
   EXPECT_EQ(Inline(u"`<a href=\"x\">'`"), "<code>&lt;a href=&quot;x&quot;&gt;&#39;</code>");
-  EXPECT_EQ(Inline(u"**<b>**"), "<strong>&lt;b&gt;</strong>");
-  EXPECT_EQ(Inline(u"a\tb"), "a    b");
+  EXPECT_EQ(Inline(u"**<b>**\t"), "<strong>&lt;b&gt;</strong>    ");
 }
 
 TEST(MarkdownEscape, EntitiesTabsAndUtf8) {

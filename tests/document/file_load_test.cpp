@@ -311,12 +311,14 @@ TEST(FileLoad, SizesAreSixtyFourBitAndTooLargeIsRefused) {
 }
 
 TEST(FileLoad, ShortReadIsReportedAsReadFailure) {
-  // sysfs files claim 4096 bytes and deliver fewer: a file that ends before its size.
-  const char* candidates[] = {"/sys/kernel/mm/transparent_hugepage/enabled",
-                              "/sys/kernel/uevent_seqnum", "/sys/power/state"};
+  // sysfs files claim 4096 bytes and deliver fewer: a file that ends before its size. Only
+  // read-only attributes, so nothing is ever opened for writing here.
+  const char* candidates[] = {"/sys/kernel/uevent_seqnum",
+                              "/sys/kernel/mm/transparent_hugepage/hpage_pmd_size",
+                              "/sys/kernel/address_bits"};
   for (const char* path : candidates) {
     struct stat st {};
-    if (stat(path, &st) != 0 || st.st_size != 4096) continue;
+    if (stat(path, &st) != 0 || st.st_size != 4096 || (st.st_mode & 0222) != 0) continue;
     LoadResult r = LoadDocumentFile(path, kNoLimit);
     EXPECT_EQ(r.decision, LoadDecision::ReadFailed) << path;
     EXPECT_EQ(r.message, "Cannot read file.");

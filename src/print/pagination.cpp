@@ -11,11 +11,11 @@ std::vector<LineSpan> SplitPrintLines(std::string_view text, size_t lineCountHin
   size_t start = 0;
   size_t i = 0;
   while (i < n) {
-    // Find the next CR or LF; most of the text is neither.
-    const char* p = text.data() + i;
-    const char* end = text.data() + n;
-    while (p < end && *p != '\n' && *p != '\r') ++p;
-    i = static_cast<size_t>(p - text.data());
+    // Find the next CR or LF. Most bytes lie above CR, so one comparison passes them.
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data()) + i;
+    const auto* end = reinterpret_cast<const unsigned char*>(text.data()) + n;
+    while (p < end && (*p > '\r' || (*p != '\n' && *p != '\r'))) ++p;
+    i = static_cast<size_t>(p - reinterpret_cast<const unsigned char*>(text.data()));
     if (i >= n) break;
     lines.push_back({start, i - start});
     i += (text[i] == '\r' && i + 1 < n && text[i + 1] == '\n') ? 2 : 1;

@@ -90,9 +90,15 @@ gboolean OnDraw(GtkWidget* margin, cairo_t* cr, gpointer) {
       pango_layout_set_text(layout.get(), number, -1);
       PangoRectangle logical;
       pango_layout_get_pixel_extents(layout.get(), nullptr, &logical);
+      // Each number stays inside its own row, so that rows lower than the numbers' font (the
+      // editor zoomed below 6 points) do not smear into each other.
+      cairo_save(cr);
+      cairo_rectangle(cr, 0, row.top, right, h);
+      cairo_clip(cr);
       SetSourceColour(cr, row.current ? theme.currentLineNumberText : theme.lineNumberText);
       cairo_move_to(cr, right - logical.width - logical.x, row.top + std::floor((h - logical.height) / 2.0) - logical.y);
       pango_cairo_show_layout(cr, layout.get());
+      cairo_restore(cr);
     }
   } catch (...) {
     g_warning("Nebro: painting the line numbers failed");

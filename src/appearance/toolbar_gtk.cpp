@@ -117,7 +117,7 @@ gboolean OnDraw(GtkWidget* widget, cairo_t* cr, gpointer) {
   } catch (...) {
     g_warning("Nebro: painting the toolbar failed");
   }
-  return TRUE;
+  return FALSE;  // the strip is complete; later handlers may still add to it
 }
 
 void OnSizeAllocate(GtkWidget* widget, GdkRectangle* allocation, gpointer) {

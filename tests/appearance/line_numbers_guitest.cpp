@@ -1,5 +1,7 @@
 // The line-number margin against the real editor: its width following the line count and the
 // zoom, the relayout it causes, clicks, and the numbers it paints.
+#include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "appearance/current_theme.h"
@@ -194,4 +196,91 @@ TEST_F(LineNumbersWidgetTest, RowsStopAfterTheLastLine) {
   EXPECT_TRUE(rowHasInk(2));
   EXPECT_FALSE(rowHasInk(3));
   EXPECT_FALSE(rowHasInk(6));
+}
+
+namespace {
+
+// How far the painted numbers reach left of their right edge (width - 6).
+int InkExtent(GtkWidget* margin) {
+  Snapshot s(margin);
+  int left = s.width;
+  for (int y = 0; y < s.height; ++y) {
+    for (int x = 0; x < s.width - 1; ++x) {
+      if (s.At(x, y) != GetThemeColors().lineNumberBackground) left = std::min(left, x);
+    }
+  }
+  return s.width - kMarginRightPadding - left;
+}
+
+}  // namespace
+
+TEST_F(LineNumbersWidgetTest, NumbersGrowWithTheZoomButNotBelowSixPoints) {
+  gSettings.fontSize = 11;
+  ChromeWindow w(900, 500);
+  // Three-digit numbers from the top. (Far below 6 points the margin, which follows the
+  // editor's own digit width, gets narrower than the 6-point numbers and cuts them, so the
+  // clamp is looked at one step below 6 points.)
+  std::string text;
+  for (int i = 0; i < 500; ++i) text += "x\n";
+  w.SetText(text);
+  w.Send(SCI_SETFIRSTVISIBLELINE, 387);
+  auto extentAt = [&](int zoom) {
+    w.Send(SCI_SETZOOM, zoom);
+    Pump(w.window);
+    return InkExtent(w.margin);
+  };
+  const int large = extentAt(8), normal = extentAt(0), seven = extentAt(-4), six = extentAt(-5);
+  const int clamped = extentAt(-6);  // would be 5 points
+  EXPECT_GT(large, normal);
+  EXPECT_GT(normal, seven);
+  EXPECT_GT(seven, six);
+  EXPECT_GT(six, 8);
+  EXPECT_EQ(clamped, six);
+  EXPECT_LT(InkExtent(w.margin), w.Width(w.margin) - kMarginRightPadding);  // not cut
+}
+
+// With word wrap on, each row of a wrapped line gets its own number, in step with the status
+// bar's "Ln". With NEBRO_SCREENSHOT_DIR set, the zoomed and wrapped view is saved for a look.
+TEST_F(LineNumbersWidgetTest, WrappedRowsAreNumberedInStepWithTheStatusBar) {
+  for (ThemeId id : {0u, 5u}) {
+    gSettings.theme = id;
+    ChromeWindow w(700, 420);
+    gtk_window_move(GTK_WINDOW(w.window), 0, 0);
+    std::string longLine;
+    for (int i = 0; i < 30; ++i) longLine += "wrapped" + std::to_string(i) + " ";
+    w.SetText("first\r\n" + longLine + "\r\nlast\r\n");
+    w.Send(SCI_SETWRAPMODE, SC_WRAP_WORD);
+    w.Send(SCI_SETZOOM, 3);
+    w.Send(SCI_GOTOPOS, w.Send(SCI_POSITIONFROMLINE, 2));
+    Pump(w.window);
+    const long rows = static_cast<long>(w.Send(SCI_WRAPCOUNT, 1));
+    ASSERT_GT(rows, 1);
+    // "last" sits on display line rows + 1: its number and the status bar's line agree.
+    UpdateStatusBar();
+    EXPECT_EQ(StatusBarTexts()[0], "  Ln " + std::to_string(rows + 2) + ", Col 1");
+    const int h = static_cast<int>(w.Send(SCI_TEXTHEIGHT, 0));
+    Snapshot s(w.margin);
+    // Every display row down to "last" and the empty line after it carries a number; the
+    // caret's row is painted in the current-line colour.
+    ASSERT_LE((rows + 3) * h, s.height);
+    for (long r = 0; r < rows + 3; ++r) {
+      bool ink = false, current = false;
+      for (int y = static_cast<int>(r) * h; y < (r + 1) * h; ++y) {
+        for (int x = 0; x < s.width - 1; ++x) {
+          const Colour px = s.At(x, y);
+          if (px == GetThemeColors().lineNumberBackground) continue;
+          ink = true;
+          current |= ColourDistance(px, GetThemeColors().currentLineNumberText) < 30;
+        }
+      }
+      EXPECT_TRUE(ink) << "row " << r;
+      EXPECT_EQ(current, r == rows + 1) << "row " << r;
+    }
+    if (const char* dir = std::getenv("NEBRO_SCREENSHOT_DIR")) {
+      PaintAndWait(w.window);
+      const std::string cmd = std::string("import -window root -crop 700x420+0+0 ") + dir + "/wrap-" +
+                              std::to_string(id) + ".png";
+      EXPECT_TRUE(g_spawn_command_line_sync(cmd.c_str(), nullptr, nullptr, nullptr, nullptr));
+    }
+  }
 }

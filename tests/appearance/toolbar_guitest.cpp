@@ -1,5 +1,7 @@
 // The toolbar widget in a window: layout from its allocation, commands on button-down for
 // enabled buttons only, hover and cursor, and what it paints.
+#include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "app/commands.h"
@@ -85,6 +87,37 @@ TEST_F(ToolbarWidgetTest, EnabledButtonsFireTheirCommandOnButtonDown) {
   EXPECT_TRUE(fired.empty());
 }
 
+// The pressed look reaches the screen before the command runs (a command may keep the main loop
+// busy for a while, or open a dialog), and is gone again afterwards.
+TEST_F(ToolbarWidgetTest, PressedLookIsPaintedBeforeTheCommandRuns) {
+  ChromeWindow w(1000, 400);
+  std::vector<int> pressedWhenPainted;  // per paint: the pressed button, or -1
+  const gulong handler = g_signal_connect_after(
+      w.toolbar, "draw", G_CALLBACK(+[](GtkWidget* widget, cairo_t*, std::vector<int>* log) -> gboolean {
+        int pressed = -1;
+        for (int i = 0; i < kToolbarButtonCount; ++i) {
+          if (ToolbarState(widget)->buttons[i].pressed) pressed = i;
+        }
+        log->push_back(pressed);
+        return FALSE;
+      }),
+      &pressedWhenPainted);
+  std::vector<int> paintsBeforeCommand;
+  SetToolbarCommandSink([&](int id) {
+    fired.push_back(id);
+    paintsBeforeCommand = pressedWhenPainted;
+  });
+  Pump(w.window);
+  pressedWhenPainted.clear();
+  Press(w.toolbar, 4);
+  EXPECT_EQ(fired, (std::vector<int>{kCmdSettings}));
+  EXPECT_EQ(paintsBeforeCommand, (std::vector<int>{4}));
+  PaintAndWait(w.window);
+  ASSERT_FALSE(pressedWhenPainted.empty());
+  EXPECT_EQ(pressedWhenPainted.back(), -1);
+  g_signal_handler_disconnect(w.toolbar, handler);
+}
+
 TEST_F(ToolbarWidgetTest, SaveFiresOnlyWhileTheDocumentIsModified) {
   ChromeWindow w(1000, 400);
   Press(w.toolbar, kToolbarSaveIndex);
@@ -168,5 +201,47 @@ TEST_F(ToolbarWidgetTest, PaintsTheStripAndButtonsInTheThemeColours) {
       for (int y = r1.top + 6; y < r1.bottom - 6; ++y) best = std::min(best, ColourDistance(s.At(x, y), c.strongText));
     }
     EXPECT_LT(best, 60);
+  }
+}
+
+// All three companions in every theme, as the user sees them: each paints its own background
+// from the active record. With NEBRO_SCREENSHOT_DIR set, the screen is also saved per theme
+// (through ImageMagick's import) for a look by eye.
+TEST_F(ToolbarWidgetTest, EveryThemeColoursAllThreeCompanions) {
+  const char* shotDir = std::getenv("NEBRO_SCREENSHOT_DIR");
+  for (ThemeId id = 0; id < kThemeCount; ++id) {
+    SCOPED_TRACE(ThemeName(id));
+    gSettings.theme = id;
+    const ThemeColors& c = GetThemeColors();
+    ChromeWindow w(900, 420);
+    gtk_window_move(GTK_WINDOW(w.window), 0, 0);
+    std::string text = "// The companions of the editor\r\nint main() {\r\n  return 0;\r\n}\r\n";
+    for (int i = 0; i < 1200; ++i) text += "filler line " + std::to_string(i + 1) + " \xC3\xA4\xC3\xB6\xC3\xBC\r\n";
+    w.SetText(text);
+    w.Send(sci::SCI_SETFIRSTVISIBLELINE, 995);
+    w.Send(sci::SCI_SETSEL, w.Send(sci::SCI_POSITIONFROMLINE, 1000) + 12, w.Send(sci::SCI_POSITIONFROMLINE, 1000) + 22);
+    gMain.doc.modified = id % 2 == 1;  // Save enabled in every other theme
+    RefreshToolbarState();
+    auto [x, y] = Centre(w.toolbar, 1);
+    SendMotion(w.toolbar, x, y);
+    Pump(w.window);
+    UpdateStatusBar();
+    UpdateMargin();
+    Pump(w.window);
+
+    EXPECT_EQ(StatusBarTexts()[0], "  Ln 1001, Col 20");
+    EXPECT_EQ(StatusBarTexts()[1], "  Sel: 7");
+    Snapshot bar(w.toolbar), margin(w.margin), status(w.statusBar);
+    EXPECT_EQ(bar.At(2, 20), c.toolbarBackground);
+    EXPECT_EQ(margin.At(1, margin.height - 2), c.lineNumberBackground);
+    EXPECT_EQ(status.At(200, status.height - 2), c.marginBackground);
+
+    if (shotDir) {
+      PaintAndWait(w.window);
+      const std::string cmd = std::string("import -window root -crop 900x420+0+0 ") + shotDir + "/chrome-" +
+                              std::to_string(id) + ".png";
+      gint status = 0;
+      EXPECT_TRUE(g_spawn_command_line_sync(cmd.c_str(), nullptr, nullptr, &status, nullptr));
+    }
   }
 }

@@ -36,6 +36,19 @@ inline void Pump(GtkWidget* window = nullptr) {
   }
 }
 
+// Repaints the whole window and returns once the frame has been drawn and the X server has it
+// (for screenshots taken from outside the process).
+inline void PaintAndWait(GtkWidget* window) {
+  GdkFrameClock* clock = gtk_widget_get_frame_clock(window);
+  if (!clock) return;
+  bool painted = false;
+  const gulong handler = g_signal_connect_swapped(clock, "after-paint", G_CALLBACK(+[](bool* flag) { *flag = true; }), &painted);
+  gtk_widget_queue_draw(window);
+  while (!painted) g_main_context_iteration(nullptr, TRUE);
+  g_signal_handler_disconnect(clock, handler);
+  gdk_display_sync(gtk_widget_get_display(window));
+}
+
 inline void OnHarnessNotify(GtkWidget*, gint, sci::SCNotification* n, gpointer) {
   switch (n->nmhdr.code) {
     case sci::SCN_UPDATEUI:

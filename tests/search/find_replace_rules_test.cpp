@@ -66,10 +66,6 @@ TEST(FindReplaceRules, StatusLinesAndTheirColours) {
   EXPECT_EQ(FindStatusColour(FindStatusKind::Normal, text), text);
   EXPECT_EQ(ColourText(FindStatusColour(FindStatusKind::Warning, text)), "#FFB400");
   EXPECT_EQ(ColourText(FindStatusColour(FindStatusKind::ResultCount, text)), "#28A050");
-
-  EXPECT_STREQ(FindDialogControlText(kInSelectionCheck), "Replace in selection");
-  EXPECT_STREQ(FindDialogControlText(kFindWhatLabel), "Find what:");
-  EXPECT_STREQ(FindDialogControlText(kStatusText), "");
 }
 
 TEST(FindReplaceRules, FieldTextIsClippedTo255Units) {
@@ -109,9 +105,6 @@ TEST(FindReplaceRules, ReplaceAllRangeAndHighlightAll) {
   h = DecideHighlightAll({}, true);
   EXPECT_FALSE(h.mark);
   EXPECT_EQ(h.status, (FindStatus{"No matches found.", FindStatusKind::Warning}));
-
-  EXPECT_EQ(CentredOrigin(100, 800, 400), 300);
-  EXPECT_EQ(CentredOrigin(0, 300, 401), -50);
 }
 
 }  // namespace

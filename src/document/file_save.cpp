@@ -232,7 +232,7 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
     if (faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
       const int e = errno;
       SaveError error = ErrorFromErrno(e, SaveError::Other);
-      if (error == SaveError::PermissionDenied) error = SaveError::ReadOnlyFile;
+      if (error == SaveError::PermissionDenied || e == ETXTBSY) error = SaveError::ReadOnlyFile;
       return Fail(std::move(r), error, e, "check the file is writable");
     }
     UniqueFd probe(OpenRetrying(target.c_str(), O_RDONLY | O_NONBLOCK));
@@ -300,6 +300,12 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
   LockWholeFile(fd.Get());
   if (rename(temp.c_str(), target.c_str()) != 0) {
     e = errno;
+    // A file mounted over by itself (a bind-mounted file) cannot be replaced, only rewritten.
+    if (e == EBUSY && exists && SaveInPlace(r, text, length, mark, lockFd)) {
+      fd.Reset();
+      unlink(temp.c_str());
+      return r;
+    }
     return failAndRemove(ErrorFromErrno(e, SaveError::Other), e, "rename over the file");
   }
   SyncFolder(folder);

@@ -290,3 +290,22 @@ TEST(FileSave, FolderProblems) {
   EXPECT_GE(lockFd, 0);
   CloseDocumentLock(lockFd);
 }
+
+TEST(FileSave, FileMountedOverAnotherIsRewrittenInPlace) {
+  // As containers do with single configuration files: the name cannot be replaced by a rename.
+  TempFolder folder;
+  const std::string source = folder / "source.conf";
+  const std::string shown = folder / "shown.conf";
+  WriteBytes(source, "original");
+  WriteBytes(shown, "hidden below the mount");
+  if (!PrivateMounts() || mount(source.c_str(), shown.c_str(), nullptr, MS_BIND, nullptr) != 0) {
+    GTEST_SKIP() << kNoMountsReason;
+  }
+  folder.AddMount(shown);
+  int lockFd = -1;
+  const SaveResult r = Save(shown, "edited", TextEncoding::Utf8, lockFd);
+  EXPECT_TRUE(r.Ok()) << r.detail;
+  EXPECT_EQ(ReadBytes(source), "edited");
+  EXPECT_TRUE(OnlyNames(folder.Path(), {"source.conf", "shown.conf"}));
+  CloseDocumentLock(lockFd);
+}

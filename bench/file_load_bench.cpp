@@ -20,6 +20,7 @@
 #include "appearance/current_theme.h"
 #include "document/document_ops_gtk.h"
 #include "document/file_load_gtk.h"
+#include "document/text_decode.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -140,7 +141,17 @@ int main(int argc, char** argv) {
       }
       close(fd);
       buf[size] = '\0';
-      sci::Send(editor, sci::SCI_SETTEXT, 0, reinterpret_cast<sci::sptr_t>(buf.get()));
+      if (c.utf16) {
+        // The editor takes UTF-8: the reference converts as plainly as it can, then sets it.
+        const auto* units = reinterpret_cast<const unsigned char*>(buf.get()) + 2;
+        std::unique_ptr<char[]> text(new char[Utf16BytesToUtf8Size(units, size - 2, false) + 1]);
+        const size_t n = Utf16BytesToUtf8(units, size - 2, false, text.get());
+        text[n] = '\0';
+        buf.reset();
+        sci::Send(editor, sci::SCI_SETTEXT, 0, reinterpret_cast<sci::sptr_t>(text.get()));
+      } else {
+        sci::Send(editor, sci::SCI_SETTEXT, 0, reinterpret_cast<sci::sptr_t>(buf.get()));
+      }
       const double s = Seconds(start);
       write(pipeFds[1], &s, sizeof s);
     });

@@ -8,7 +8,10 @@
 #include "app/trace_gtk.h"
 #include "app/typewriter_gtk.h"
 #include "app/viewer_launch_gtk.h"
+#include "appearance/line_numbers_gtk.h"
+#include "appearance/status_bar_gtk.h"
 #include "appearance/theme_gtk.h"
+#include "appearance/toolbar_gtk.h"
 #include "common/utf.h"
 #include "document/document_prompts.h"
 #include "document/document_ops_gtk.h"
@@ -46,12 +49,32 @@ gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer) {
 
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;
-  if (n->nmhdr.code == SCN_MODIFIED && (n->modificationType & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT))) {
-    if (!gMain.doc.modified) {
-      gMain.doc.modified = true;
-      UpdateTitle();
+  try {
+    switch (n->nmhdr.code) {
+      case SCN_UPDATEUI:
+        UpdateStatusBar();
+        UpdateMargin();
+        break;
+      case SCN_MODIFIED:
+        if (n->modificationType & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) {
+          if (!gMain.doc.modified) {
+            gMain.doc.modified = true;
+            UpdateTitle();
+            RefreshToolbarState();
+          }
+          UpdateStatusBar();
+          if (n->linesAdded != 0) UpdateMargin();
+        }
+        break;
+      case SCN_ZOOM:
+        UpdateMargin();
+        UpdateStatusBar();
+        break;
+      default:
+        break;
     }
-    RepaintChrome();
+  } catch (...) {
+    g_warning("Nebro: failure while handling an editor notification");
   }
 }
 
@@ -124,21 +147,31 @@ GtkAccelGroup* CreateAccelerators() {
   return group;
 }
 
+void ShowLineNumbers() {
+  if (!gMain.margin) return;
+  gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
+  UpdateMargin();
+}
+
 void ToggleLineNumbers() {
   gSettings.lineNumbers = !gSettings.lineNumbers;
-  if (gMain.margin) gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
-  RepaintChrome();
+  ShowLineNumbers();
 }
 
 void ToggleWordWrap() {
   gSettings.wordWrap = !gSettings.wordWrap;
   Send(gMain.editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
   Send(gMain.editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
+  UpdateMargin();
 }
 
 }  // namespace
 
 void RepaintChrome() {
+  if (gViewerMode) return;
+  RefreshToolbarState();
+  UpdateStatusBar();
+  UpdateMargin();
   for (GtkWidget* w : {gMain.margin, gMain.statusBar, gMain.toolbar}) {
     if (w) gtk_widget_queue_draw(w);
   }
@@ -177,9 +210,21 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
     return false;
   }
   gMain.editor = editor;
+  // Toolbar on top, the line-number margin left of the editor, the status bar at the bottom;
+  // the viewer has the editor alone.
   GtkWidget* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_container_add(GTK_CONTAINER(window), box);
-  gtk_box_pack_start(GTK_BOX(box), editor, TRUE, TRUE, 0);
+  GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
+  if (!gViewerMode) {
+    gMain.toolbar = CreateToolbar();
+    gMain.margin = CreateLineNumberMargin();
+    gMain.statusBar = CreateStatusBar();
+    gtk_box_pack_start(GTK_BOX(box), gMain.toolbar, FALSE, FALSE, 0);
+    gtk_box_pack_start(GTK_BOX(row), gMain.margin, FALSE, FALSE, 0);
+  }
+  gtk_box_pack_start(GTK_BOX(row), editor, TRUE, TRUE, 0);
+  gtk_box_pack_start(GTK_BOX(box), row, TRUE, TRUE, 0);
+  if (gMain.statusBar) gtk_box_pack_start(GTK_BOX(box), gMain.statusBar, FALSE, FALSE, 0);
 
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
   Send(editor, SCI_SETMARGINWIDTHN, 0, 0);
@@ -210,6 +255,8 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);
   g_signal_connect(window, "window-state-event", G_CALLBACK(OnWindowState), nullptr);
   gtk_widget_show_all(box);
+  ShowLineNumbers();
+  RepaintChrome();
   gtk_widget_grab_focus(editor);
   return true;
 }

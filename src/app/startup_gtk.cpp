@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/command_line_export_gtk.h"
 #include "app/main_window_gtk.h"
 #include "app/message_box_gtk.h"
 #include "app/startup_rules.h"
@@ -54,6 +55,19 @@ void PostOpen(const std::string& path) {
 
 int RunNebro(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
+  const ToolRequest tool = ParseToolRequest(std::vector<std::string>(argv, argv + argc));
+  switch (tool.command) {
+    case ToolCommand::Help:
+      std::fputs(UsageText(), stdout);
+      return 0;
+    case ToolCommand::UsageError:
+      std::fprintf(stderr, "nebro: %s\n\n%s", tool.error.c_str(), UsageText());
+      return 2;
+    case ToolCommand::Export:
+      return RunCommandLineExport(tool, argc, argv);
+    case ToolCommand::None:
+      break;
+  }
   if (!gtk_init_check(&argc, &argv)) {
     std::fprintf(stderr, "nebro: cannot open a display (for a headless machine, run it under xvfb-run)\n");
     return 1;

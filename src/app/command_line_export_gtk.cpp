@@ -1,0 +1,155 @@
+#include "app/command_line_export_gtk.h"
+
+#include <gtk/gtk.h>
+
+#include <cstdio>
+
+#include "app/main_window_gtk.h"
+#include "appearance/current_theme.h"
+#include "appearance/theme_gtk.h"
+#include "common/utf.h"
+#include "document/file_load.h"
+#include "document/file_load_gtk.h"
+#include "export/export_output.h"
+#include "export/export_rules.h"
+#include "export/html_export.h"
+#include "export/plain_text_export.h"
+#include "export/rtf_export.h"
+#include "export/styled_text.h"
+#include "markdown/markdown_html.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+namespace nebro {
+namespace {
+
+using namespace sci;
+
+int Fail(const std::string& message) {
+  std::fprintf(stderr, "nebro: %s\n", OneLine(message).c_str());
+  return 1;
+}
+
+std::string ResultMessage(ExportResult result, const char* what) {
+  switch (result) {
+    case ExportResult::CannotCreate: return std::string("Cannot create ") + what + " file.";
+    case ExportResult::OutOfMemory: return "Not enough memory for the export.";
+    default: return std::string("Error writing ") + what + " file.";
+  }
+}
+
+struct StyledDocument {
+  std::string text, styles;
+  ExportStyleTable table{};
+  int64_t lineCount = 0;
+};
+
+// Colours the text with the lexer of `path` in a hidden editor and reads back text and styles.
+bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledDocument& out, std::string& error) {
+  if (LoadScintilla() != LibraryLoad::Ok) {
+    error = "libscintilla.so not found.";
+    return false;
+  }
+  if (LoadLexilla() != LibraryLoad::Ok) {
+    error = "liblexilla.so not found or without CreateLexer.";
+    return false;
+  }
+  GtkWidget* editor = NewEditor();
+  g_object_ref_sink(editor);
+  gMain.editor = editor;
+  Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
+  LoadTextIntoEditor(editor, text.data(), text.size());
+  ApplyTheme();
+  SetupLexer(editor, path);
+  Send(editor, SCI_COLOURISE, 0, -1);
+
+  const auto length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
+  out.text.reserve(length);
+  out.styles.reserve(length);
+  std::string interleaved;
+  constexpr size_t kPiece = 1 << 20;
+  for (size_t start = 0; start < length; start += kPiece) {
+    const size_t end = std::min(length, start + kPiece);
+    interleaved.assign(2 * (end - start) + 2, '\0');
+    Sci_TextRange range{{static_cast<long>(start), static_cast<long>(end)}, interleaved.data()};
+    SendPtr(editor, SCI_GETSTYLEDTEXT, 0, &range);
+    interleaved.resize(2 * (end - start));
+    std::string text, styles;
+    SplitStyledText(interleaved, text, styles);
+    out.text += text;
+    out.styles += styles;
+  }
+  for (int s = 0; s < kExportStyleCount; ++s) {
+    out.table[s] = {static_cast<Colour>(Send(editor, SCI_STYLEGETFORE, s)),
+                    static_cast<Colour>(Send(editor, SCI_STYLEGETBACK, s)),
+                    Send(editor, SCI_STYLEGETBOLD, s) != 0, Send(editor, SCI_STYLEGETITALIC, s) != 0};
+  }
+  out.lineCount = Send(editor, SCI_GETLINECOUNT);
+  gMain.editor = nullptr;
+  g_object_unref(editor);
+  return true;
+}
+
+}  // namespace
+
+int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
+  // The stored theme and font, read only: a batch run never writes the settings.
+  if (const gchar* root = g_get_user_config_dir()) SetConfigRoot(root);
+  LoadSettings(gSettings);
+  gThemeChosenByUser = true;
+
+  LoadResult loaded = LoadDocumentFile(request.input, DefaultMaxLoadBytes());
+  if (loaded.decision != LoadDecision::Loaded) return Fail(loaded.message);
+  const std::string_view text = loaded.text.view();
+  const std::string fontName = Utf16ToUtf8(FieldText(gSettings.fontName));
+
+  ExportResult result = ExportResult::Ok;
+  if (request.format == "txt") {
+    result = WritePlainTextExport(text, request.output);
+    if (result != ExportResult::Ok) return Fail(result == ExportResult::CannotCreate ? std::string(kPlainTextCannotCreate)
+                                                                                     : ResultMessage(result, "text"));
+    return 0;
+  }
+  if (request.format == "html" && IsMarkdownPath(request.input)) {
+    MarkdownPageOptions options{request.input, fontName, gSettings.fontSize, gSettings.theme};
+    std::string page;
+    if (!text.empty() && !RenderMarkdownPage(text, options, page)) return Fail("Cannot render the Markdown page.");
+    result = WriteExportFile(request.output, page);
+    return result == ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
+  }
+
+  if (!gtk_init_check(&argc, &argv)) {
+    return Fail("--export " + request.format +
+                " needs a display for the editor's colours; on a machine without one run: xvfb-run -a nebro --export ...");
+  }
+  LoadFontAliases();
+  StyledDocument doc;
+  std::string error;
+  if (!StyleInHiddenEditor(request.input, text, doc, error)) return Fail(error);
+  loaded.text = TextBuffer();  // the styled copy is what the generators read
+  const ThemeColors& theme = GetThemeColors();
+  const StyledText styled{doc.text, doc.styles};
+  if (request.format == "html") {
+    HtmlExportInput input;
+    input.document = styled;
+    input.styles = doc.table;
+    input.pageBackground = theme.editorBackground;
+    input.title = ExportTitle(request.input);
+    input.fontName = fontName;
+    input.lineCount = doc.lineCount;
+    result = ExportHtmlToFile(input, request.output);
+    return result == ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
+  }
+  RtfExportInput input;
+  input.document = styled;
+  input.styles = doc.table;
+  input.darkTheme = theme.isDark;
+  input.fontName = fontName;
+  input.fontSize = gSettings.fontSize;
+  input.lineCount = doc.lineCount;
+  result = ExportRtfToFile(input, request.output);
+  return result == ExportResult::Ok ? 0 : Fail(result == ExportResult::CannotCreate ? std::string(kRtfCannotCreate)
+                                                                                    : std::string(kRtfWriteError));
+}
+
+}  // namespace nebro

@@ -4,6 +4,12 @@
 #include <pcre2.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace nebro {
 
@@ -18,14 +24,20 @@ constexpr size_t kJitStackStart = 64 * 1024;
 constexpr size_t kJitStackMax = 256 * 1024 * 1024;
 constexpr uint32_t kHeapLimitKiB = 256 * 1024;  // the interpreter's backtracking memory
 
-// Every expression starts with a prefix that matches nothing:
-// - a callout. PCRE2 keeps its start-of-match optimisations past it, so it runs once per
-//   candidate start position, which is where a long search polls the cancel flag: a search that
-//   crawls over a huge text can still be stopped;
-// - a CR repeated zero times. A pattern without an explicit CR or LF would make PCRE2 (with
-//   newline ANY) never try a match between a CR and the LF that follows it, where ECMAScript
-//   does find one (`\B` or an empty match there).
-constexpr std::u16string_view kPatternPrefix = u"(?C)\\r{0}";
+// Every expression starts with a CR repeated zero times, which matches nothing. A pattern without
+// an explicit CR or LF would make PCRE2 (with newline ANY) never try a match between a CR and the
+// LF that follows it, where ECMAScript does find one (`\B`, or an empty match, there).
+constexpr std::u16string_view kPatternPrefix = u"\\r{0}";
+
+// A cancellable search tries its start positions in windows and reads the cancel flag between
+// them. Every search begins with a small window, which doubles while windows take under a
+// millisecond and halves when one takes longer than a few: a fast pattern soon runs in long
+// windows at no cost, a crawling one (quadratic in a long run of text) stays responsive.
+constexpr size_t kWindowFirst = 64;
+constexpr size_t kWindowMin = 16;
+constexpr size_t kWindowMax = 16 * 1024 * 1024;
+constexpr auto kWindowFast = std::chrono::microseconds(1000);
+constexpr auto kWindowSlow = std::chrono::microseconds(8000);
 
 bool IsHighSurrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 bool IsLowSurrogate(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
@@ -39,7 +51,12 @@ struct Regex {
   pcre2_jit_stack* stack = nullptr;
   bool jit = false;
   uint32_t groups = 0;
-  const std::atomic<bool>* cancel = nullptr;  // what the callout polls during the current search
+  // A pattern of literal characters only, matched case-sensitively and not as a whole word, is
+  // searched for as plain text: the same matches as the engine's, found by a faster scan.
+  std::u16string literal;
+  // The whole match of the last successful Search (subject offsets).
+  size_t foundStart = 0;
+  size_t foundEnd = 0;
 
   ~Regex() {
     if (stack) pcre2_jit_stack_free(stack);
@@ -53,48 +70,138 @@ void RegexDeleter::operator()(Regex* regex) const { delete regex; }
 
 namespace {
 
-int CancelCallout(pcre2_callout_block*, void* data) {
-  const auto* regex = static_cast<const Regex*>(data);
-  if (regex->cancel && regex->cancel->load(std::memory_order_relaxed)) return PCRE2_ERROR_CALLOUT;
-  return 0;
-}
-
 enum class Outcome { Match, NoMatch, Cancelled, TooComplex };
 
-// One call of the engine on subject[0, length) from `offset`. The subject must be well-formed
-// UTF-16 that does not start inside a surrogate pair.
-Outcome Search(Regex& regex, const char16_t* subject, size_t length, size_t offset,
-               uint32_t options, const std::atomic<bool>* cancel) {
-  regex.cancel = cancel;
+Outcome OutcomeOf(int rc) {
+  if (rc >= 0) return Outcome::Match;  // 0 would only mean a too-small match block
+  if (rc == PCRE2_ERROR_NOMATCH) return Outcome::NoMatch;
+  // PCRE2_ERROR_JIT_STACKLIMIT, _MATCHLIMIT, _DEPTHLIMIT, _HEAPLIMIT, _NOMEMORY: the engine gave
+  // up on this pattern. No other error can arise from checked text and a valid offset.
+  return Outcome::TooComplex;
+}
+
+int Engine(Regex& regex, const char16_t* subject, size_t length, size_t offset, uint32_t options) {
   const auto* units = reinterpret_cast<PCRE2_SPTR>(subject);
   const int rc = regex.jit && options == 0
                      ? pcre2_jit_match(regex.code, units, length, offset, 0, regex.data, regex.context)
                      : pcre2_match(regex.code, units, length, offset, options | PCRE2_NO_UTF_CHECK,
                                    regex.data, regex.context);
-  if (rc >= 0) return Outcome::Match;  // 0 would only mean a too-small match block
-  if (rc == PCRE2_ERROR_NOMATCH) return Outcome::NoMatch;
-  if (rc == PCRE2_ERROR_CALLOUT && cancel && cancel->load()) return Outcome::Cancelled;
-  // PCRE2_ERROR_JIT_STACKLIMIT, _MATCHLIMIT, _DEPTHLIMIT, _HEAPLIMIT, _NOMEMORY: the engine gave
-  // up on this pattern. No other error can arise from checked text and a valid offset.
-  return Outcome::TooComplex;
+  if (rc >= 0) {
+    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
+    regex.foundStart = ovector[0];
+    regex.foundEnd = ovector[1];
+  }
+  return rc;
+}
+
+// The first occurrence of `literal` in s[from, n), or n. Eight positions at a time are tested on
+// the literal's first and last unit together; only positions passing both are compared in full.
+size_t FindLiteral(const char16_t* s, size_t n, size_t from, std::u16string_view literal) {
+  const size_t m = literal.size();
+  if (m > n || from > n - m) return n;
+  const size_t lastStart = n - m;
+  const char16_t first = literal[0];
+  const char16_t last = literal[m - 1];
+  const size_t bytes = m * sizeof(char16_t);
+  size_t i = from;
+#if defined(__SSE2__)
+  const __m128i firsts = _mm_set1_epi16(static_cast<short>(first));
+  const __m128i lasts = _mm_set1_epi16(static_cast<short>(last));
+  for (; i + 8 <= lastStart + 1; i += 8) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + m - 1));
+    unsigned mask = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi16(a, firsts), _mm_cmpeq_epi16(b, lasts))));
+    while (mask != 0) {
+      const unsigned bit = static_cast<unsigned>(__builtin_ctz(mask));
+      const size_t candidate = i + bit / 2;
+      if (std::memcmp(s + candidate, literal.data(), bytes) == 0) return candidate;
+      mask &= ~(3u << bit);
+    }
+  }
+#endif
+  for (; i <= lastStart; ++i) {
+    if (s[i] == first && s[i + m - 1] == last && std::memcmp(s + i, literal.data(), bytes) == 0) {
+      return i;
+    }
+  }
+  return n;
+}
+
+// One search of subject[0, length) from `offset`, with the result a single engine call gives; the
+// match's span is left in regex.foundStart/foundEnd. The subject must be well-formed UTF-16 and
+// `offset` must not lie inside a surrogate pair. With a cancel flag the start positions are tried
+// window by window (the engine's offset limit), and the flag is read between windows.
+Outcome Search(Regex& regex, const char16_t* subject, size_t length, size_t offset,
+               uint32_t options, const std::atomic<bool>* cancel) {
+  if (!regex.literal.empty() && options == 0) {
+    const size_t at = FindLiteral(subject, length, offset, regex.literal);
+    if (at == length) return Outcome::NoMatch;
+    regex.foundStart = at;
+    regex.foundEnd = at + regex.literal.size();
+    return Outcome::Match;
+  }
+  if (!cancel || (options & PCRE2_ANCHORED)) {
+    return OutcomeOf(Engine(regex, subject, length, offset, options));
+  }
+  size_t from = offset;
+  size_t window = kWindowFirst;
+  for (bool first = true;; first = false) {
+    if (cancel->load(std::memory_order_relaxed)) return Outcome::Cancelled;
+    const bool last = window >= length - from;
+    const size_t limit = from + window;
+    if (!last) pcre2_set_offset_limit(regex.context, limit);
+    // The first window is too short to need timing (most searches end in it).
+    const auto started = first ? std::chrono::steady_clock::time_point() : std::chrono::steady_clock::now();
+    const int rc = Engine(regex, subject, length, from, options);
+    if (!last) pcre2_set_offset_limit(regex.context, PCRE2_UNSET);
+    if (last || rc != PCRE2_ERROR_NOMATCH) return OutcomeOf(rc);
+    if (first) {
+      window *= 2;
+    } else {
+      const auto took = std::chrono::steady_clock::now() - started;
+      if (took < kWindowFast && window < kWindowMax) window *= 2;
+      if (took > kWindowSlow && window > kWindowMin) window /= 2;
+    }
+    from = limit + 1;  // the window tried every start up to and including `limit`
+    if (from < length && (subject[from] & 0xFC00) == 0xDC00) ++from;  // inside a pair
+    if (from > length) return Outcome::NoMatch;
+  }
 }
 
 RegexStatus StatusOf(Outcome outcome) {
   return outcome == Outcome::Cancelled ? RegexStatus::Cancelled : RegexStatus::TooComplex;
 }
 
+// Index of the first surrogate unit (U+D800..U+DFFF) of s[0, n), or n. Every search reads the
+// whole text through this once, so it goes eight units at a time where the processor allows.
+size_t FindSurrogate(const char16_t* s, size_t n) {
+  size_t i = 0;
+#if defined(__SSE2__)
+  const __m128i mask = _mm_set1_epi16(static_cast<short>(0xF800));
+  const __m128i surrogate = _mm_set1_epi16(static_cast<short>(0xD800));
+  for (; i + 8 <= n; i += 8) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(v, mask), surrogate)) != 0) break;
+  }
+#endif
+  for (; i < n; ++i) {
+    if ((s[i] & 0xF800) == 0xD800) return i;
+  }
+  return n;
+}
+
 std::u16string_view CheckedUtf16(std::u16string_view text, std::u16string& storage, bool* repaired) {
   const size_t n = text.size();
   size_t bad = n;
-  for (size_t i = 0; i < n; ++i) {
-    const char16_t c = text[i];
-    if (c < 0xD800 || c > 0xDFFF) continue;
-    if (IsHighSurrogate(c) && i + 1 < n && IsLowSurrogate(text[i + 1])) {
-      ++i;
-      continue;
+  size_t i = FindSurrogate(text.data(), n);
+  while (i < n) {
+    if (!IsHighSurrogate(text[i]) || i + 1 == n || !IsLowSurrogate(text[i + 1])) {
+      bad = i;
+      break;
     }
-    bad = i;
-    break;
+    i += 2;  // a pair: look on after it
+    i += FindSurrogate(text.data() + i, n - i);
   }
   if (repaired) *repaired = bad != n;
   if (bad == n) return text;
@@ -127,7 +234,24 @@ size_t NextCharacter(std::u16string_view text, size_t pos) {
 }
 
 int64_t CountLf(const char16_t* from, const char16_t* to) {
-  return std::count(from, to, u'\n');
+  int64_t count = 0;
+#if defined(__SSE2__)
+  // Each 16-bit lane counts the LFs it sees (a match compares as -1); after at most 255 steps
+  // every count still fits its low byte, and one sum of absolute differences adds them up.
+  const __m128i lf = _mm_set1_epi16(u'\n');
+  const __m128i zero = _mm_setzero_si128();
+  while (to - from >= 8) {
+    __m128i lanes = zero;
+    for (int k = 0; k < 255 && to - from >= 8; ++k, from += 8) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+      lanes = _mm_sub_epi16(lanes, _mm_cmpeq_epi16(v, lf));
+    }
+    const __m128i sums = _mm_sad_epu8(lanes, zero);
+    count += _mm_cvtsi128_si32(sums) + _mm_cvtsi128_si32(_mm_srli_si128(sums, 8));
+  }
+#endif
+  for (; from < to; ++from) count += *from == u'\n';
+  return count;
 }
 
 // The 1-based line of `pos`, counting on from the previous answer when `pos` lies after it.
@@ -148,7 +272,9 @@ int64_t LineOf(std::u16string_view text, size_t pos) {
 void ReadSpans(const Regex& regex, size_t base, std::vector<RegexSpan>& spans) {
   const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
   spans.resize(regex.groups + 1);
-  for (uint32_t i = 0; i <= regex.groups; ++i) {
+  spans[0].start = static_cast<int64_t>(base + regex.foundStart);
+  spans[0].end = static_cast<int64_t>(base + regex.foundEnd);
+  for (uint32_t i = 1; i <= regex.groups; ++i) {
     if (ovector[2 * i] == PCRE2_UNSET) {
       spans[i] = RegexSpan{};
     } else {
@@ -176,7 +302,8 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
   }
 
   uint32_t options = PCRE2_UTF | PCRE2_ALT_BSUX | PCRE2_MATCH_UNSET_BACKREF |
-                     PCRE2_DOLLAR_ENDONLY | PCRE2_ALLOW_EMPTY_CLASS | PCRE2_NEVER_BACKSLASH_C;
+                     PCRE2_DOLLAR_ENDONLY | PCRE2_ALLOW_EMPTY_CLASS | PCRE2_NEVER_BACKSLASH_C |
+                     PCRE2_USE_OFFSET_LIMIT;
   if (!matchCase) options |= PCRE2_CASELESS;
 
   pcre2_compile_context* compileContext = pcre2_compile_context_create(nullptr);
@@ -206,6 +333,10 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
 
   RegexPtr regex(new Regex);
   regex->code = code;
+  if (matchCase && !wholeWord && !pattern.empty() &&
+      pattern.find_first_of(u"\\^$.|?*+()[]{}") == std::u16string_view::npos) {
+    regex->literal.assign(pattern);
+  }
   pcre2_pattern_info(code, PCRE2_INFO_CAPTURECOUNT, &regex->groups);
   regex->data = pcre2_match_data_create_from_pattern(code, nullptr);
   regex->context = pcre2_match_context_create(nullptr);
@@ -215,7 +346,6 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
   }
   pcre2_set_match_limit(regex->context, kMatchLimit);
   pcre2_set_heap_limit(regex->context, kHeapLimitKiB);
-  pcre2_set_callout(regex->context, CancelCallout, regex.get());
   // Without the JIT (a system that forbids executable memory) the interpreter does the same job,
   // more slowly.
   if (pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0) {
@@ -233,7 +363,11 @@ uint32_t RegexGroupCount(const Regex& regex) { return regex.groups; }
 RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, uint64_t want,
                      FindBatchContext& context) {
   if (context.checkedData != text.data() || context.checkedSize != text.size()) {
-    CheckedUtf16(text, context.repairedText, &context.repaired);
+    if (context.wellFormed) {
+      context.repaired = false;
+    } else {
+      CheckedUtf16(text, context.repairedText, &context.repaired);
+    }
     if (!context.repaired) context.repairedText.clear();
     context.checkedData = text.data();
     context.checkedSize = text.size();
@@ -246,6 +380,7 @@ RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, u
 
   RegexBatch batch;
   if (cursor >= length) return batch;
+  batch.matches.reserve(static_cast<size_t>(std::min<uint64_t>(want, 4096)));
   size_t pos = OnCharacter(subject, static_cast<size_t>(cursor));
   const size_t batchStart = pos;
   while (batch.matches.size() < want) {
@@ -261,9 +396,8 @@ RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, u
       batch.status = StatusOf(outcome);
       break;
     }
-    const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
-    const size_t start = pos + ovector[0];
-    const size_t end = pos + ovector[1];
+    const size_t start = pos + regex.foundStart;
+    const size_t end = pos + regex.foundEnd;
     RegexMatch match;
     match.start = static_cast<int64_t>(start);
     match.end = static_cast<int64_t>(end);
@@ -333,12 +467,11 @@ RegexFound FindNextMatch(std::u16string_view text, Regex& regex, uint64_t from) 
   for (int pass = 0; pass < 2; ++pass) {
     const Outcome outcome = Search(regex, subject.data() + pos, length - pos, 0, 0, nullptr);
     if (outcome == Outcome::Match) {
-      const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
       RegexMatch match;
-      match.start = static_cast<int64_t>(pos + ovector[0]);
-      match.end = static_cast<int64_t>(pos + ovector[1]);
-      match.text.assign(subject.substr(pos + ovector[0], ovector[1] - ovector[0]));
-      match.line = LineOf(subject, pos + ovector[0]);
+      match.start = static_cast<int64_t>(pos + regex.foundStart);
+      match.end = static_cast<int64_t>(pos + regex.foundEnd);
+      match.text.assign(subject.substr(match.start, match.end - match.start));
+      match.line = LineOf(subject, match.start);
       found.match = std::move(match);
       return found;
     }

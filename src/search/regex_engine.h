@@ -68,6 +68,9 @@ uint32_t RegexGroupCount(const Regex& regex);
 // pass over the text per run. A fresh context is needed when the text changes.
 struct FindBatchContext {
   const std::atomic<bool>* cancel = nullptr;
+  // Set when the text is known to be well-formed UTF-16, as Utf8ToUtf16 makes it: the check is
+  // then skipped. A text with unpaired surrogates must not be given with this set.
+  bool wellFormed = false;
 
   // Kept by FindBatch.
   const char16_t* checkedData = nullptr;

@@ -101,6 +101,7 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
   bool tooComplex = false;
   FindBatchContext context;
   context.cancel = &state.cancelRequested;
+  context.wellFormed = true;  // the document copy comes from Utf8ToUtf16
 
   try {
     if (!state.cancelRequested.load()) {

@@ -247,6 +247,46 @@ TEST(RegexFindBatch, MatchesOfSeveralMegabytes) {
   EXPECT_EQ(all[0].end, 20'000'000);
 }
 
+// Literal patterns take a plain text search instead of the engine; both must find the same.
+TEST(RegexFindBatch, LiteralPatternsMatchLikeTheEngine) {
+  const std::u16string pieces[] = {u"a", u"b", u"ab", u"\n", u"\U0001F600", u"\u00E9", u"aa"};
+  uint32_t seed = 12345;
+  auto next = [&] {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 16) & 0x7FFF;
+  };
+  for (int round = 0; round < 60; ++round) {
+    std::u16string text;
+    const size_t length = next() % 70;
+    while (text.size() < length) text += pieces[next() % std::size(pieces)];
+    for (std::u16string_view literal :
+         {u"a", u"ab", u"aa", u"aaa", u"ba", u"\U0001F600a", u"\u00E9\n", u"b\U0001F600", u"zz"}) {
+      SCOPED_TRACE(testing::Message() << "round " << round);
+      for (uint64_t want : {1u, 4u}) {
+        EXPECT_EQ(Flatten(CollectAll(text, literal, want)),
+                  Flatten(CollectAll(text, u"(?:" + std::u16string(literal) + u")", want)));
+      }
+      RegexPtr plain = BuildRegex(literal, true, false);
+      RegexPtr group = BuildRegex(u"(?:" + std::u16string(literal) + u")", true, false);
+      std::vector<int64_t> a, b;
+      ForEachMatch(text, *plain, [&](const std::vector<RegexSpan>& g, std::u16string_view) {
+        a.push_back(g[0].start);
+        return true;
+      });
+      ForEachMatch(text, *group, [&](const std::vector<RegexSpan>& g, std::u16string_view) {
+        b.push_back(g[0].start);
+        return true;
+      });
+      EXPECT_EQ(a, b);
+    }
+  }
+  // Non-overlapping, left to right, up to the very end.
+  EXPECT_EQ(Flatten(CollectAll(u"aaaaa", u"aa", 10)),
+            (std::vector<Found>{{0, 2, u"aa", 1}, {2, 4, u"aa", 1}}));
+  EXPECT_EQ(CollectAll(u"xxab", u"ab", 10).size(), 1u);
+  EXPECT_TRUE(CollectAll(u"a", u"ab", 10).empty());
+}
+
 TEST(RegexSingleSearches, FindNextFindPrevAndWholeMatch) {
   const std::u16string text = u"cat dog\ncat bird cat";
   RegexPtr regex = BuildRegex(u"cat", true, false);

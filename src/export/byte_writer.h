@@ -79,7 +79,7 @@ class ByteWriter {
 
 // Bytes gathered before they go to the file when an export streams into one.
 // Small enough to stay in the processor's cache between writes.
-inline constexpr size_t kStreamBufferSize = 256 * 1024;
+inline constexpr size_t kStreamBufferSize = 512 * 1024;
 
 // Runs `generate(ExportBytes&, int fd)` so that its output ends up in the file at `path`: it
 // streams into a new file beside the target, which replaces the target only when generation

@@ -40,7 +40,7 @@ constexpr std::array<Escape, 256> MakeEscapes() {
 
 constexpr std::array<Escape, 256> kEscapes = MakeEscapes();
 // Text bytes handled per request for room, so that a huge line needs no huge promise.
-constexpr size_t kBlock = 4096;
+constexpr size_t kBlock = 1024;
 
 // "<span class=\"sN\">" for every style number, ready to copy.
 struct SpanOpen {

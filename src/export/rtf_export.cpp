@@ -29,7 +29,7 @@ constexpr std::array<uint8_t, 256> MakeClasses() {
 }
 
 constexpr std::array<uint8_t, 256> kClasses = MakeClasses();
-constexpr size_t kBlock = 4096;
+constexpr size_t kBlock = 1024;
 
 // What opens and closes the group of a run in one style, padded so it copies as a whole:
 // "{\cf128 \b \i " and "\b0 \i0 }" are the longest.

@@ -61,14 +61,8 @@ bool LoadAsDocument(const std::string& path) {
   return true;
 }
 
-bool OpenFileDialog() {
-  GtkFileChooserNative* dialog = gtk_file_chooser_native_new(
-      std::string(kOpenDialogTitle).c_str(), Owner(), GTK_FILE_CHOOSER_ACTION_OPEN, "_Open", "_Cancel");
-  if (!dialog) {
-    ShowMessageBox(Owner(), kMbOk, std::string(kTextFileDialogFailed), std::string(kTitleErrorMangled));
-    return false;
-  }
-  AddFilters(GTK_FILE_CHOOSER(dialog), kOpenFileTypes, std::size(kOpenFileTypes));
+// Runs a file chooser and returns the chosen path, or "" when cancelled.
+static std::string RunChooser(GtkFileChooserNative* dialog) {
   std::string path;
   if (gtk_native_dialog_run(GTK_NATIVE_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
     if (gchar* chosen = gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(dialog))) {
@@ -77,8 +71,19 @@ bool OpenFileDialog() {
     }
   }
   g_object_unref(dialog);
-  if (path.empty()) return false;
-  return LoadAsDocument(path);
+  return path;
+}
+
+bool OpenFileDialog() {
+  GtkFileChooserNative* dialog = gtk_file_chooser_native_new(
+      std::string(kOpenDialogTitle).c_str(), Owner(), GTK_FILE_CHOOSER_ACTION_OPEN, "_Open", "_Cancel");
+  if (!dialog) {
+    ShowMessageBox(Owner(), kMbOk, std::string(kTextFileDialogFailed), std::string(kTitleErrorMangled));
+    return false;
+  }
+  AddFilters(GTK_FILE_CHOOSER(dialog), kOpenFileTypes, std::size(kOpenFileTypes));
+  const std::string path = RunChooser(dialog);
+  return !path.empty() && LoadAsDocument(path);
 }
 
 static bool SaveTo(const std::string& path) {
@@ -111,14 +116,7 @@ bool SaveDocumentAs() {
   if (!gMain.doc.path.empty()) {
     gtk_file_chooser_set_filename(GTK_FILE_CHOOSER(dialog), gMain.doc.path.c_str());
   }
-  std::string path;
-  if (gtk_native_dialog_run(GTK_NATIVE_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
-    if (gchar* chosen = gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(dialog))) {
-      path = chosen;
-      g_free(chosen);
-    }
-  }
-  g_object_unref(dialog);
+  std::string path = RunChooser(dialog);
   if (path.empty()) return false;
   const size_t slash = path.rfind('/');
   if (path.find('.', slash == std::string::npos ? 0 : slash) == std::string::npos) {

@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <new>
 
 #include "common/utf.h"
 #include "document/document_texts.h"
+#include "document/file_stream.h"
 
 namespace nebro {
 
@@ -36,38 +38,6 @@ std::string Format(const char* format, auto... args) {
   char buffer[256];
   const int n = std::snprintf(buffer, sizeof buffer, format, args...);
   return std::string(buffer, n < 0 ? 0 : std::min<size_t>(n, sizeof buffer - 1));
-}
-
-LoadResult Refuse(LoadResult r, LoadDecision decision, std::string_view message,
-                  std::string_view title, std::string trace) {
-  r.decision = decision;
-  r.message = std::string(message);
-  r.title = std::string(title);
-  if (!trace.empty()) r.trace.push_back(std::move(trace));
-  r.text = TextBuffer{};
-  r.lock.Reset();
-  return r;
-}
-
-// Reads exactly `size` bytes from the start; false on an error or when the file ends early.
-bool ReadWhole(int fd, char* out, uint64_t size, int& error) {
-  uint64_t done = 0;
-  while (done < size) {
-    // One read() moves at most about 2 GiB on Linux; ask for 1 GiB at a time.
-    const size_t want = static_cast<size_t>(std::min<uint64_t>(size - done, 1ull << 30));
-    const ssize_t got = pread(fd, out + done, want, static_cast<off_t>(done));
-    if (got < 0) {
-      if (errno == EINTR) continue;
-      error = errno;
-      return false;
-    }
-    if (got == 0) {
-      error = 0;  // the file shrank since its size was taken
-      return false;
-    }
-    done += static_cast<uint64_t>(got);
-  }
-  return true;
 }
 
 }  // namespace
@@ -113,75 +83,25 @@ OpenedDocument OpenDocumentFile(const std::string& path) {
 }
 
 LoadResult ReadDocumentFile(OpenedDocument opened, uint64_t maxBytes) {
-  LoadResult r;
-  r.trace = std::move(opened.trace);
-  r.readOnly = opened.readOnly;
-  r.locked = opened.locked;
-  r.lock = std::move(opened.fd);
-  if (!r.lock.Valid()) {
-    r.error = opened.error;
-    return Refuse(std::move(r), LoadDecision::OpenFailed, OpenErrorText(opened.error, opened.path),
-                  kTitleError, {});
-  }
-  auto refuse = [&](LoadDecision d, std::string_view message, std::string trace) {
-    return Refuse(std::move(r), d, message, kTitleErrorMangled, std::move(trace));
-  };
-
-  struct stat st {};
-  if (fstat(r.lock.Get(), &st) != 0) {
-    r.error = errno;
-    return refuse(LoadDecision::SizeFailed, kTextCannotGetSize, "Nebro: ERROR - Cannot get file size");
-  }
-  const uint64_t size = st.st_size < 0 ? 0 : static_cast<uint64_t>(st.st_size);
-  r.fileSize = size;
-  const uint64_t limit = std::min<uint64_t>(maxBytes, std::numeric_limits<ptrdiff_t>::max());
-  if (size > limit) {
-    return refuse(LoadDecision::TooLarge,
-                  Format("File is too large to open (%" PRIu64 " bytes).\n\n"
-                         "The editor can hold at most %" PRIu64 " bytes on this computer.",
-                         size, limit),
-                  Format("Nebro: ERROR - File too large (%" PRIu64 " bytes)", size));
-  }
-  auto outOfMemory = [&] {
-    return refuse(LoadDecision::TooLarge,
-                  Format("Not enough memory to open this file (%" PRIu64 " bytes).", size),
-                  Format("Nebro: ERROR - Not enough memory for %" PRIu64 " bytes", size));
-  };
-
-  try {
-    r.text = AllocateTextBuffer(static_cast<size_t>(size));
-  } catch (const std::bad_alloc&) {
-    return outOfMemory();
-  }
-  int readError = 0;
-  if (!ReadWhole(r.lock.Get(), r.text.block.get(), size, readError)) {
-    r.error = readError;
-    return refuse(LoadDecision::ReadFailed, kTextCannotRead, "Nebro: ERROR - Cannot read file");
-  }
-  r.trace.push_back("Nebro: File read successfully");
-
-  const auto* bytes = reinterpret_cast<const unsigned char*>(r.text.data());
-  switch (CheckBinary(bytes, r.text.size)) {
-    case BinaryVerdict::KnownFormat:
-      return Refuse(std::move(r), LoadDecision::KnownBinary, kTextKnownBinary, kTitleCannotOpen,
-                    "Nebro: ERROR - Known binary format detected (PDF/EXE/ZIP/Image)");
-    case BinaryVerdict::TooManyNulls:
-      return Refuse(std::move(r), LoadDecision::TooManyNulls, kTextTooManyNulls, kTitleCannotOpen,
-                    "Nebro: ERROR - Binary file detected (too many nulls)");
-    case BinaryVerdict::TooManyControls:
-      return Refuse(std::move(r), LoadDecision::TooManyControls, kTextTooManyControls,
-                    kTitleCannotOpen, "Nebro: ERROR - Binary file detected (too many control chars)");
-    case BinaryVerdict::Text:
-      break;
-  }
-
-  try {
-    r.encoding = DecodeToUtf8(r.text);
-  } catch (const std::bad_alloc&) {
-    return outOfMemory();
-  }
-  r.eolMode = DetectLineEndingMode(r.text.view());
-  r.decision = LoadDecision::Loaded;
+  // The same decisions as the streaming load; the text is gathered into one exact-size block.
+  TextBuffer text;
+  size_t filled = 0;
+  TextSink sink{[&](size_t total) {
+                  try {
+                    text = AllocateTextBuffer(total);
+                  } catch (const std::bad_alloc&) {
+                    return false;
+                  }
+                  text.size = total;
+                  return true;
+                },
+                [&](const char* data, size_t length) {
+                  std::memcpy(text.block.get() + filled, data, length);
+                  filled += length;
+                  return true;
+                }};
+  LoadResult r = StreamDocumentFile(std::move(opened), maxBytes, sink);
+  if (r.decision == LoadDecision::Loaded) r.text = std::move(text);
   return r;
 }
 

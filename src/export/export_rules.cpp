@@ -125,6 +125,7 @@ int32_t ProgressStep(int64_t lineCount) {
 }
 
 std::string ProgressStatusText(uint32_t line, int32_t total) {
+  if (line == kProgressFinalizing) return std::string(kStatusFinalizing);
   const unsigned long long percent =
       total > 0 ? static_cast<unsigned long long>(line) * 100 / static_cast<unsigned long long>(total) : 0;
   char text[96];

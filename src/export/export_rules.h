@@ -76,7 +76,12 @@ int32_t ProgressStep(int64_t lineCount);
 // True when the 0-based line `index` is one whose 1-based number is posted as progress.
 inline bool IsProgressLine(int64_t index, int32_t step) { return index % step == 0; }
 
-// "Exporting line N of T  (P%)" with P = N * 100 / T (0 when T is 0 or less).
+// The progress value that means the export is finishing (the Markdown worker sends it when
+// its estimate is used up).
+inline constexpr uint32_t kProgressFinalizing = 0xFFFFFFFF;
+
+// The progress dialog's status for a progress value: "Finalizing..." for kProgressFinalizing,
+// otherwise "Exporting line N of T  (P%)" with P = N * 100 / T (0 when T is 0 or less).
 std::string ProgressStatusText(uint32_t line, int32_t total);
 
 // The elapsed-time text of the completion messages: "M:SS min" from one minute on, "S.mmm sec"

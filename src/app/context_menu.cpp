@@ -3,6 +3,7 @@
 #include "app/commands.h"
 #include "common/utf.h"
 #include "document/document_prompts.h"
+#include "export/export_rules.h"
 
 namespace nebro {
 
@@ -71,12 +72,6 @@ std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
 }
 
 }  // namespace
-
-bool IsMarkdownPath(std::string_view path) {
-  if (path.size() < 3) return false;
-  const std::string_view tail = path.substr(path.size() - 3);
-  return tail[0] == '.' && (tail[1] == 'm' || tail[1] == 'M') && (tail[2] == 'd' || tail[2] == 'D');
-}
 
 std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileExists) {
   std::string label(1, static_cast<char>('1' + index));

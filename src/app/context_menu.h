@@ -54,7 +54,4 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state);
 // "  ⊗" when the file is missing. Entry 9 therefore starts with ':'.
 std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileExists);
 
-// True when `path` ends in ".md" in any mix of case.
-bool IsMarkdownPath(std::string_view path);
-
 }  // namespace nebro

@@ -1,0 +1,542 @@
+// The context menu on a real main window with the real Scintilla: how it opens, what it shows
+// for the editor's state, what choosing its items does, and its colours. With
+// NEBRO_SCREENSHOT_DIR set, the open menu is also saved for a look by eye in a dark and a light
+// theme (through ImageMagick's import).
+#include <gtest/gtest.h>
+#include <gdk/gdkkeysyms.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/commands.h"
+#include "app/context_menu_gtk.h"
+#include "app/main_window_gtk.h"
+#include "app/message_box_gtk.h"
+#include "appearance/current_theme.h"
+#include "common/utf.h"
+#include "document/document_ops_gtk.h"
+#include "document/file_load_gtk.h"
+#include "document/recent_files.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+using namespace nebro;
+using namespace nebro::sci;
+namespace fs = std::filesystem;
+
+namespace {
+
+void Pump() {
+  while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
+}
+
+// The menus of ours attached to the editor (the context menu and nothing else).
+std::vector<GtkWidget*> OpenMenus() {
+  std::vector<GtkWidget*> found;
+  if (!gMain.editor) return found;
+  for (GList* l = gtk_menu_get_for_attach_widget(gMain.editor); l; l = l->next) {
+    GtkWidget* menu = GTK_WIDGET(l->data);
+    if (std::string(gtk_widget_get_name(menu)) == "NebroContextMenu") found.push_back(menu);
+  }
+  return found;
+}
+
+std::vector<GtkWidget*> Children(GtkWidget* container) {
+  std::vector<GtkWidget*> out;
+  GList* list = gtk_container_get_children(GTK_CONTAINER(container));
+  for (GList* l = list; l; l = l->next) out.push_back(GTK_WIDGET(l->data));
+  g_list_free(list);
+  return out;
+}
+
+// The labels of an item's row in order: mark, label and, where it has one, shortcut.
+std::vector<GtkWidget*> RowLabels(GtkWidget* item) {
+  GtkWidget* row = gtk_bin_get_child(GTK_BIN(item));
+  if (!row || !GTK_IS_BOX(row)) return {};
+  return Children(row);
+}
+
+std::string ItemText(GtkWidget* item) {
+  for (GtkWidget* label : RowLabels(item)) {
+    if (gtk_widget_get_hexpand(label)) return gtk_label_get_text(GTK_LABEL(label));
+  }
+  return "";
+}
+
+// Follows labels down through the submenus: Item(menu, {"Theme", "Sepia"}).
+GtkWidget* Item(GtkWidget* menu, std::initializer_list<const char*> path) {
+  GtkWidget* item = nullptr;
+  for (const char* label : path) {
+    if (item) menu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
+    item = nullptr;
+    if (!menu) break;
+    for (GtkWidget* child : Children(menu)) {
+      if (ItemText(child) == label) item = child;
+    }
+    if (!item) break;
+  }
+  EXPECT_NE(item, nullptr) << "missing item " << *(path.end() - 1);
+  return item;
+}
+
+// Opens the submenu of item `label` of `shell` as the Right key does, and returns it.
+GtkWidget* OpenSubmenu(GtkWidget* shell, const char* label) {
+  GtkWidget* item = Item(shell, {label});
+  if (!item) return nullptr;
+  gtk_menu_shell_select_item(GTK_MENU_SHELL(shell), item);
+  g_signal_emit_by_name(shell, "move-current", GTK_MENU_DIR_CHILD);
+  Pump();
+  GtkWidget* submenu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
+  EXPECT_TRUE(submenu && gtk_widget_get_mapped(submenu)) << label;
+  return submenu;
+}
+
+// Chooses an entry the way a user does: through the submenus on the way, then a click on the
+// entry, which closes the menus and activates it.
+void Choose(GtkWidget* menu, std::initializer_list<const char*> path) {
+  ASSERT_NE(menu, nullptr);
+  GtkWidget* shell = menu;
+  for (auto it = path.begin(); it + 1 != path.end(); ++it) {
+    shell = OpenSubmenu(shell, *it);
+    ASSERT_NE(shell, nullptr);
+  }
+  GtkWidget* item = Item(shell, {*(path.end() - 1)});
+  ASSERT_NE(item, nullptr);
+  ASSERT_TRUE(gtk_widget_is_sensitive(item));
+  gtk_menu_shell_activate_item(GTK_MENU_SHELL(shell), item, TRUE);
+  Pump();
+}
+
+GdkDevice* Pointer() { return gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())); }
+GdkDevice* Keyboard() { return gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())); }
+
+// A button event delivered to the editor as the window system would, with the pointer moved
+// there first (GTK places a menu where the pointer is).
+void Button(GdkEventType type, guint button, int x, int y) {
+  GdkWindow* window = gtk_widget_get_window(gMain.editor);
+  int ox = 0, oy = 0;
+  gdk_window_get_origin(window, &ox, &oy);
+  gdk_device_warp(Pointer(), gdk_window_get_screen(window), ox + x, oy + y);
+  gdk_display_sync(gdk_display_get_default());
+  GdkEvent* ev = gdk_event_new(type);
+  ev->button.window = GDK_WINDOW(g_object_ref(window));
+  ev->button.send_event = TRUE;
+  ev->button.time = GDK_CURRENT_TIME;
+  ev->button.x = x;
+  ev->button.y = y;
+  ev->button.x_root = ox + x;
+  ev->button.y_root = oy + y;
+  ev->button.button = button;
+  gdk_event_set_device(ev, Pointer());
+  gtk_main_do_event(ev);
+  gdk_event_free(ev);
+  Pump();
+}
+
+void LeftClick(int x, int y) {
+  Button(GDK_BUTTON_PRESS, 1, x, y);
+  Button(GDK_BUTTON_RELEASE, 1, x, y);
+}
+
+// The menu opens on the press; the release is the menu's business.
+void RightPress(int x, int y) { Button(GDK_BUTTON_PRESS, 3, x, y); }
+
+void Key(guint keyval, GdkModifierType state) {
+  GdkEvent* ev = gdk_event_new(GDK_KEY_PRESS);
+  ev->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(gMain.window)));
+  ev->key.send_event = TRUE;
+  ev->key.time = GDK_CURRENT_TIME;
+  ev->key.keyval = keyval;
+  ev->key.state = state;
+  gdk_event_set_device(ev, Keyboard());
+  gtk_main_do_event(ev);
+  gdk_event_free(ev);
+  Pump();
+}
+
+// Where the menu's window is on the screen.
+std::pair<int, int> MenuOrigin(GtkWidget* menu) {
+  int x = 0, y = 0;
+  gdk_window_get_origin(gtk_widget_get_window(gtk_widget_get_toplevel(menu)), &x, &y);
+  return {x, y};
+}
+
+void CloseMenus() {
+  for (GtkWidget* menu : OpenMenus()) gtk_menu_shell_deactivate(GTK_MENU_SHELL(menu));
+  Pump();
+}
+
+// The widget drawn into an image; pixels as 0x00BBGGRR like the theme's colours.
+struct Picture {
+  explicit Picture(GtkWidget* widget) {
+    width = gtk_widget_get_allocated_width(widget);
+    height = gtk_widget_get_allocated_height(widget);
+    surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+    cairo_t* cr = cairo_create(surface);
+    gtk_widget_draw(widget, cr);
+    cairo_destroy(cr);
+    cairo_surface_flush(surface);
+  }
+  ~Picture() { cairo_surface_destroy(surface); }
+  Colour At(int x, int y) const {
+    const auto* row = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
+    const uint32_t argb = reinterpret_cast<const uint32_t*>(row)[x];
+    return Rgb((argb >> 16) & 0xFF, (argb >> 8) & 0xFF, argb & 0xFF);
+  }
+  cairo_surface_t* surface;
+  int width, height;
+};
+
+Colour TextColour(GtkWidget* widget) {
+  GtkStyleContext* style = gtk_widget_get_style_context(widget);
+  GdkRGBA c;
+  gtk_style_context_get_color(style, gtk_style_context_get_state(style), &c);
+  return Rgb(static_cast<unsigned>(c.red * 255 + 0.5), static_cast<unsigned>(c.green * 255 + 0.5),
+             static_cast<unsigned>(c.blue * 255 + 0.5));
+}
+
+class ContextMenuGui : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    ASSERT_EQ(LoadScintilla(), LibraryLoad::Ok);
+    ASSERT_EQ(LoadLexilla(), LibraryLoad::Ok);
+  }
+  void SetUp() override {
+    char name[] = "/tmp/nebro-menu-XXXXXX";
+    dir = mkdtemp(name);
+    SetConfigRoot(dir + "/cfg");
+    SetDefaultSettings(gSettings);
+    gViewerMode = false;
+    gThemeChosenByUser = true;  // the desktop's preference must not replace the theme under test
+    gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
+    SetMessageBoxHook([this](int kind, const std::string& text, const std::string&) {
+      asked.push_back({kind, text});
+      return kMbResultSaveOrYes;
+    });
+  }
+  void OpenWindow(int width = 700, int height = 500) {
+    ASSERT_TRUE(CreateMainWindow("test", 0, 0, width, height, false));
+    AttachContextMenu(gMain.editor);
+    gtk_widget_show(gMain.window);
+    gtk_window_present(GTK_WINDOW(gMain.window));
+    Pump();
+    gdk_display_sync(gdk_display_get_default());
+    Pump();
+  }
+  void TearDown() override {
+    CloseMenus();
+    SetMessageBoxHook(nullptr);
+    if (gMain.window) {
+      CloseDocumentLock(gMain.doc);
+      gtk_widget_destroy(gMain.window);
+    }
+    gMain = MainWindow();
+    gViewerMode = false;
+    Pump();
+    fs::remove_all(dir);
+  }
+  void SetText(const char* text) { SendPtr(gMain.editor, SCI_SETTEXT, 0, text); }
+  std::string Text() {
+    const auto n = Send(gMain.editor, SCI_GETLENGTH);
+    return std::string(reinterpret_cast<const char*>(Send(gMain.editor, SCI_GETCHARACTERPOINTER)), n);
+  }
+  // Opens the menu for the current state with the Menu key and checks it is on screen.
+  GtkWidget* Open() {
+    Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
+    const std::vector<GtkWidget*> menus = OpenMenus();
+    EXPECT_EQ(menus.size(), 1u);
+    if (menus.size() != 1) return nullptr;
+    EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
+    return menus[0];
+  }
+  std::string Write(const std::string& name, const std::string& bytes) {
+    const std::string path = dir + "/" + name;
+    FILE* f = fopen(path.c_str(), "wb");
+    fwrite(bytes.data(), 1, bytes.size(), f);
+    fclose(f);
+    return path;
+  }
+
+  struct Question {
+    int kind;
+    std::string text;
+  };
+  std::string dir;
+  std::vector<Question> asked;  // every box shown, each answered Yes
+};
+
+}  // namespace
+
+TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
+  OpenWindow();
+  SetText("alpha beta gamma\r\nsecond line\r\n");
+  Send(gMain.editor, SCI_SETSEL, 6, 10);  // "beta"
+
+  LeftClick(20, 30);  // a left click is Scintilla's: no menu
+  EXPECT_TRUE(OpenMenus().empty());
+  Send(gMain.editor, SCI_SETSEL, 6, 10);
+
+  // A right click far from the selection opens the menu and leaves the selection alone, so Cut
+  // and Copy still act on it.
+  RightPress(300, 40);
+  std::vector<GtkWidget*> menus = OpenMenus();
+  ASSERT_EQ(menus.size(), 1u);
+  EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
+  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONSTART), 6);
+  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 10);
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menus[0], {"Cut"})));
+  // Its corner touches the pointer's pixel at the lower right.
+  int ex = 0, ey = 0;
+  gdk_window_get_origin(gtk_widget_get_window(gMain.editor), &ex, &ey);
+  EXPECT_EQ(MenuOrigin(menus[0]), std::make_pair(ex + 301, ey + 41));
+
+  // Closed without a choice: the menu goes away and the editor has the focus again.
+  gtk_window_set_focus(GTK_WINDOW(gMain.window), nullptr);
+  CloseMenus();
+  EXPECT_TRUE(OpenMenus().empty());
+  EXPECT_TRUE(gtk_widget_is_focus(gMain.editor));
+
+  // From the keyboard it opens below the caret.
+  gtk_widget_grab_focus(gMain.editor);
+  Send(gMain.editor, SCI_GOTOPOS, 23);  // "second line", after "secon"
+  Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
+  ASSERT_EQ(OpenMenus().size(), 1u);
+  EXPECT_TRUE(gtk_widget_get_mapped(OpenMenus()[0]));
+  const int caretX = static_cast<int>(Send(gMain.editor, SCI_POINTXFROMPOSITION, 0, 23));
+  const int lineBottom = static_cast<int>(Send(gMain.editor, SCI_POINTYFROMPOSITION, 0, 23) +
+                                          Send(gMain.editor, SCI_TEXTHEIGHT, 1));
+  EXPECT_GT(caretX, 40);
+  EXPECT_EQ(MenuOrigin(OpenMenus()[0]), std::make_pair(ex + caretX, ey + lineBottom));
+  CloseMenus();
+
+  Key(GDK_KEY_F10, GDK_SHIFT_MASK);
+  ASSERT_EQ(OpenMenus().size(), 1u);
+  CloseMenus();
+
+  // Plain F10 and Ctrl+Menu are not the menu's keys, and typed text still reaches the editor.
+  Key(GDK_KEY_F10, static_cast<GdkModifierType>(0));
+  Key(GDK_KEY_Menu, GDK_CONTROL_MASK);
+  EXPECT_TRUE(OpenMenus().empty());
+  Send(gMain.editor, SCI_GOTOPOS, 0);
+  Key(GDK_KEY_x, static_cast<GdkModifierType>(0));
+  EXPECT_EQ(Text().substr(0, 6), "xalpha");
+}
+
+TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
+  OpenWindow();
+  GtkWidget* menu = Open();
+  ASSERT_NE(menu, nullptr);
+  // A new, empty document with nothing on the clipboard.
+  for (const char* label : {"Undo", "Redo", "Cut", "Copy", "Paste", "Select All", "MD Preview (HTML)"}) {
+    EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+  }
+  for (const char* label : {"Find & Replace", "Regex Search...", "Font...", "Save", "Save As...", "New", "Open..."}) {
+    EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+  }
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "(empty)"})));
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "Clear All"})));
+  CloseMenus();
+
+  // Typed text can be undone and selected; a selection can be cut; text on the clipboard can
+  // be pasted.
+  SendPtr(gMain.editor, SCI_REPLACESEL, 0, "some text");
+  Send(gMain.editor, SCI_SETSEL, 0, 4);
+  gtk_clipboard_set_text(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD), "clip", -1);
+  menu = Open();
+  for (const char* label : {"Undo", "Cut", "Copy", "Paste", "Select All"}) {
+    EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+  }
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Redo"})));
+  CloseMenus();
+
+  // After an undo: redo is possible; an empty selection greys Cut and Copy again.
+  Send(gMain.editor, SCI_UNDO);
+  Send(gMain.editor, SCI_SETSEL, 0, 0);
+  gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
+  menu = Open();
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Redo"})));
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Cut"})));
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Copy"})));
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Paste"})));
+  CloseMenus();
+
+  // A Markdown file in upper case enables the preview; a missing recent file shows its mark and
+  // a greyed Open, but can be removed.
+  const std::string md = Write("NOTES.MD", "# Title\r\n");
+  ASSERT_TRUE(LoadAsDocument(md));
+  AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(dir + "/vanished.txt"));
+  menu = Open();
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"MD Preview (HTML)"})));
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "2.  NOTES.MD", "Open"})));
+  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Open"})));
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Remove from list"})));
+  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "Clear All"})));
+}
+
+TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
+  OpenWindow();
+  SetText("one two three");
+  Send(gMain.editor, SCI_SETSEL, 0, 0);
+
+  Choose(Open(), {"Select All"});
+  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONSTART), 0);
+  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 13);
+  // The menu is gone once the choice is made, and the editor has the focus.
+  EXPECT_TRUE(OpenMenus().empty());
+  EXPECT_TRUE(gtk_widget_is_focus(gMain.editor));
+
+  Choose(Open(), {"Cut"});
+  EXPECT_EQ(Text(), "");
+  Choose(Open(), {"Paste"});
+  EXPECT_EQ(Text(), "one two three");
+  Choose(Open(), {"Undo"});
+  EXPECT_EQ(Text(), "");
+
+  Choose(Open(), {"Theme", "Sepia"});
+  EXPECT_EQ(gSettings.theme, 5u);
+  EXPECT_TRUE(OpenMenus().empty());  // a choice in a submenu closes the whole menu
+  // The next menu marks it, in a column of its own.
+  GtkWidget* sepia = Item(Open(), {"Theme", "Sepia"});
+  ASSERT_EQ(RowLabels(sepia).size(), 2u);  // no shortcut
+  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(sepia)[0])), "\xE2\x9C\x93");
+  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(Item(OpenMenus()[0], {"Theme", "Azure"}))[0])), "");
+  CloseMenus();
+
+  const bool wrap = gSettings.wordWrap;
+  Choose(Open(), {"View", "Word Wrap"});
+  EXPECT_EQ(gSettings.wordWrap, !wrap);
+  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), wrap ? SC_WRAP_NONE : SC_WRAP_WORD);
+  Choose(Open(), {"View", "Word Wrap"});
+  EXPECT_EQ(gSettings.wordWrap, wrap);
+
+  const bool numbers = gSettings.lineNumbers;
+  Choose(Open(), {"View", "Line Numbers"});
+  EXPECT_EQ(gSettings.lineNumbers, !numbers);
+  EXPECT_EQ(gtk_widget_get_visible(gMain.margin), !numbers);
+
+  Choose(Open(), {"Transparency", "30%"});
+  EXPECT_EQ(gSettings.transparency, 30);
+  Choose(Open(), {"Transparency", "0%  (opaque)"});
+  EXPECT_EQ(gSettings.transparency, 0);
+
+  // Recent files: remove one entry, then clear the rest after the question.
+  AddRecentFile(gSettings.recentFiles, u"/nowhere/a.txt");
+  AddRecentFile(gSettings.recentFiles, u"/nowhere/b.txt");
+  AddRecentFile(gSettings.recentFiles, u"/nowhere/c.txt");
+  Choose(Open(), {"Recent Files", "2.  b.txt  \xE2\x8A\x97", "Remove from list"});
+  EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 0), u"/nowhere/c.txt");
+  EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 1), u"/nowhere/a.txt");
+  EXPECT_TRUE(asked.empty());
+  Choose(Open(), {"Recent Files", "Clear All"});
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].text, "Clear the entire Recent Files list?");
+  EXPECT_EQ(asked[0].kind, kMbYesNo);
+  EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 0), u"");
+
+  // Entries whose windows are not built yet are still offered and choosing them is harmless.
+  for (auto path : {std::initializer_list<const char*>{"Find & Replace"}, {"Regex Search..."}, {"Font..."},
+                    {"Print", "Print..."}, {"Print", "Page Setup..."}, {"Print", "Print Preview..."}}) {
+    Choose(Open(), path);
+    EXPECT_TRUE(OpenMenus().empty());
+  }
+  EXPECT_EQ(Text(), "");
+}
+
+TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
+  for (ThemeId theme : {ThemeId{0}, ThemeId{1}, ThemeId{5}}) {
+    SCOPED_TRACE(ThemeName(theme));
+    gSettings.theme = theme;
+    OpenWindow();
+    const ThemeColors& c = GetThemeColors();
+    GtkWidget* menu = Open();
+    ASSERT_NE(menu, nullptr);
+    GtkWidget* undo = Item(menu, {"Undo"});   // greyed in a new document
+    GtkWidget* find = Item(menu, {"Find & Replace"});
+
+    // Background, normal and greyed text. (x, y): a point of the item's row between its label
+    // and its shortcut, in the menu's coordinates.
+    int x = 0, y = 0;
+    gtk_widget_translate_coordinates(find, menu, gtk_widget_get_allocated_width(find) / 2, 3, &x, &y);
+    {
+      Picture picture(menu);
+      EXPECT_EQ(picture.At(x, y), c.dialogBackground);
+      EXPECT_EQ(picture.At(2, picture.height / 2), c.dialogBackground);
+    }
+    EXPECT_EQ(TextColour(RowLabels(find)[1]), c.dialogText);
+    EXPECT_EQ(TextColour(RowLabels(find)[2]), c.dialogText);
+    EXPECT_EQ(TextColour(RowLabels(undo)[1]), c.disabledText);
+    EXPECT_EQ(TextColour(RowLabels(undo)[2]), c.disabledText);
+    EXPECT_EQ(TextColour(RowLabels(Item(menu, {"Theme"}))[1]), c.dialogText);
+
+    // The item under the pointer takes the hover colour, its text stays readable.
+    gtk_menu_shell_select_item(GTK_MENU_SHELL(menu), find);
+    Pump();
+    EXPECT_EQ(TextColour(RowLabels(find)[1]), c.dialogText);
+
+    // The shortcut sits at the right end of its row, the label at the left.
+    GtkAllocation label, shortcut, row;
+    gtk_widget_get_allocation(RowLabels(find)[1], &label);
+    gtk_widget_get_allocation(RowLabels(find)[2], &shortcut);
+    gtk_widget_get_allocation(gtk_bin_get_child(GTK_BIN(find)), &row);
+    EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(find)[2])), "Ctrl+H");
+    EXPECT_EQ(shortcut.x + shortcut.width, row.x + row.width);
+    EXPECT_GT(shortcut.x, label.x + 30);
+    CloseMenus();
+    CloseDocumentLock(gMain.doc);
+    gtk_widget_destroy(gMain.window);
+    gMain = MainWindow();
+    Pump();
+  }
+}
+
+TEST_F(ContextMenuGui, ViewerHasNoContextMenu) {
+  gViewerMode = true;
+  OpenWindow();
+  SetText("read only text");
+  EXPECT_EQ(ShowContextMenu(nullptr), nullptr);
+  EXPECT_TRUE(OpenMenus().empty());
+  Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
+  Key(GDK_KEY_F10, GDK_SHIFT_MASK);
+  EXPECT_TRUE(OpenMenus().empty());
+}
+
+TEST_F(ContextMenuGui, Screenshots) {
+  const char* shotDir = std::getenv("NEBRO_SCREENSHOT_DIR");
+  if (!shotDir) GTEST_SKIP() << "set NEBRO_SCREENSHOT_DIR to save pictures of the open menu";
+  for (ThemeId theme : {ThemeId{0}, ThemeId{1}, ThemeId{4}, ThemeId{5}}) {
+    gSettings.theme = theme;
+    gSettings.transparency = 20;
+    gSettings.lineNumbers = true;
+    AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(dir + "/gone.md"));
+    AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(Write("notes.md", "x")));
+    OpenWindow(1000, 900);
+    SetText("int main() {\r\n  return 0;\r\n}\r\n");
+    Send(gMain.editor, SCI_SETSEL, 4, 8);
+    RightPress(120, 20);
+    ASSERT_EQ(OpenMenus().size(), 1u);
+    GtkWidget* menu = OpenMenus()[0];
+    // The dark themes show the Theme submenu, the light ones a missing recent file's entry.
+    if (theme % 2 == 0) {
+      OpenSubmenu(menu, "Theme");
+    } else {
+      OpenSubmenu(OpenSubmenu(menu, "Recent Files"), "2.  gone.md  \xE2\x8A\x97");
+    }
+    Pump();
+    gdk_display_sync(gdk_display_get_default());
+    g_usleep(300000);  // let the X server finish drawing before the picture is taken
+    Pump();
+    const std::string cmd = std::string("import -window root -crop 1000x900+0+0 ") + shotDir + "/menu-" +
+                            std::to_string(theme) + ".png";
+    gint status = 0;
+    EXPECT_TRUE(g_spawn_command_line_sync(cmd.c_str(), nullptr, nullptr, &status, nullptr));
+    CloseMenus();
+    CloseDocumentLock(gMain.doc);
+    gtk_widget_destroy(gMain.window);
+    gMain = MainWindow();
+    Pump();
+  }
+}

@@ -45,6 +45,7 @@ double Seconds(Clock::time_point since) {
 // some accented, Cyrillic and Greek words and an emoji now and then; C-like code with
 // identifiers, keywords and comments.
 std::string MakeText(size_t bytes, uint32_t seed) {
+  // clang-format off
   static const char* const kWords[] = {
       "the", "of", "and", "to", "in", "is", "that", "for", "it", "as", "was", "with", "be", "by",
       "on", "not", "he", "this", "are", "or", "his", "from", "at", "which", "but", "have", "an",
@@ -54,7 +55,8 @@ std::string MakeText(size_t bytes, uint32_t seed) {
       "coffee", "success", "common", "river", "village", "example", "window", "market",
       "history", "simple", "people", "number", "after", "water", "light", "other", "place",
       "caf\xC3\xA9", "na\xC3\xAFve", "\xC3\xA9" "cole", "Stra\xC3\x9F" "e", "\xC3\xBC" "ber",
-      "\xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82", "\xCE\xB5\xCE\xBB\xCE\xBB\xCE\xAC\xCE\xB4\xCE\xB1",
+      "\xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82",
+      "\xCE\xB5\xCE\xBB\xCE\xBB\xCE\xAC\xCE\xB4\xCE\xB1",
   };
   static const char* const kNames[] = {"London", "Maria", "Paris", "John", "Tuesday", "March",
                                        "Europe", "Anna", "Berlin", "\xC3\x89" "cole"};
@@ -74,6 +76,7 @@ std::string MakeText(size_t bytes, uint32_t seed) {
       "    std::string label = \"value: \" + std::to_string(3.14159);\n",
       "\n",
   };
+  // clang-format on
   std::mt19937 random(seed);
   auto pick = [&](size_t n) { return static_cast<size_t>(random() % n); };
   std::string text;
@@ -169,7 +172,8 @@ Run OurFindAllOnce(const std::u16string& text, std::u16string_view pattern, bool
 }
 
 // The best of three runs: the machine is shared.
-Run OurFindAll(const std::u16string& text, std::u16string_view pattern, bool matchCase, int runs = 3) {
+Run OurFindAll(const std::u16string& text, std::u16string_view pattern, bool matchCase,
+               int runs = 3) {
   Run best = OurFindAllOnce(text, pattern, matchCase);
   for (int i = 1; i < runs; ++i) {
     const Run again = OurFindAllOnce(text, pattern, matchCase);
@@ -199,11 +203,13 @@ uint64_t ReferenceFindAll(const std::wstring& text, const std::wregex& re, bool 
     size_t pos = cursor;
     while (batch.size() < kBatch && pos < text.size()) {
       std::wsmatch m;
-      if (!std::regex_search(text.cbegin() + static_cast<std::ptrdiff_t>(pos), text.cend(), m, re)) break;
+      if (!std::regex_search(text.cbegin() + static_cast<std::ptrdiff_t>(pos), text.cend(), m, re))
+        break;
       const size_t start = pos + static_cast<size_t>(m.position(0));
       const size_t end = start + static_cast<size_t>(m.length(0));
-      line += static_cast<size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(linePos),
-                                             text.begin() + static_cast<std::ptrdiff_t>(start), L'\n'));
+      line +=
+          static_cast<size_t>(std::count(text.begin() + static_cast<std::ptrdiff_t>(linePos),
+                                         text.begin() + static_cast<std::ptrdiff_t>(start), L'\n'));
       linePos = start;
       batch.push_back(ReferenceMatch{start, end, m.str(0), line});
       if (start == end && end == batchStart) {
@@ -285,11 +291,12 @@ double g_utf16PerUtf8 = 2.0;
 
 void PrintRow(const char* name, double mb, const Run& ours, const ChildResult& ref, double refMb) {
   const double ourRate = mb / ours.seconds;
-  std::printf("%-28s %6.1f %7.0f %8.0f %10" PRIu64 " |", name, mb, ourRate, ourRate * g_utf16PerUtf8,
-              ours.matches);
+  std::printf("%-28s %6.1f %7.0f %8.0f %10" PRIu64 " |", name, mb, ourRate,
+              ourRate * g_utf16PerUtf8, ours.matches);
   if (ref.finished) {
     const double refRate = refMb / ref.seconds;
-    std::printf(" %7.1f %9.1f %10" PRIu64 " | %7.0fx\n", refMb, refRate, ref.matches, ourRate / refRate);
+    std::printf(" %7.1f %9.1f %10" PRIu64 " | %7.0fx\n", refMb, refRate, ref.matches,
+                ourRate / refRate);
   } else if (ref.crashed) {
     std::printf(" %7.1f   crashed (signal %d)        |       -\n", refMb, ref.signal);
   } else {
@@ -308,8 +315,8 @@ int main(int argc, char** argv) {
   Clock::time_point start = Clock::now();
   const std::string document = MakeText(bytes, 20240611);
   const std::u16string text = nebro::Utf8ToUtf16(document);
-  std::printf("text: %.1f MB UTF-8 (%zu UTF-16 units), made in %.1f s\n\n", document.size() / 1048576.0,
-              text.size(), Seconds(start));
+  std::printf("text: %.1f MB UTF-8 (%zu UTF-16 units), made in %.1f s\n\n",
+              document.size() / 1048576.0, text.size(), Seconds(start));
 
   const std::vector<Case> cases = {
       {"literal  return", u"return", true, 24u << 20},
@@ -323,9 +330,10 @@ int main(int argc, char** argv) {
   };
 
   g_utf16PerUtf8 = 2.0 * static_cast<double>(text.size()) / static_cast<double>(document.size());
-  std::printf("MB/s: megabytes of the UTF-8 document per second; UTF-16 MB/s: of the UTF-16 text "
-              "searched (%.2f times as many bytes)\n\n",
-              g_utf16PerUtf8);
+  std::printf(
+      "MB/s: megabytes of the UTF-8 document per second; UTF-16 MB/s: of the UTF-16 text "
+      "searched (%.2f times as many bytes)\n\n",
+      g_utf16PerUtf8);
   std::printf("%-28s %6s %7s %8s %10s | %7s %9s %10s | %8s\n", "pattern", "MB", "MB/s", "UTF-16",
               "matches", "ref MB", "ref MB/s", "ref match", "speed-up");
   for (const Case& c : cases) {
@@ -359,8 +367,8 @@ int main(int argc, char** argv) {
     // Both engines on the reference's slice must agree.
     const Run check = OurFindAll(slice16, c.pattern, c.matchCase, 1);
     if (ref.finished && check.matches != ref.matches) {
-      std::printf("  ! on the slice: ours %" PRIu64 " matches, reference %" PRIu64 "\n", check.matches,
-                  ref.matches);
+      std::printf("  ! on the slice: ours %" PRIu64 " matches, reference %" PRIu64 "\n",
+                  check.matches, ref.matches);
     }
     PrintRow(c.name, mb, ours, ref, refMb);
     if (c.pattern == u"[^x]*") {
@@ -408,9 +416,11 @@ int main(int argc, char** argv) {
     start = Clock::now();
     const nebro::RegexCompletion done = nebro::RunRegexSearch(request, state, hooks);
     const double seconds = Seconds(start);
-    std::printf("\nworker run, literal, with results list and file: %.2f s, %.0f MB/s, %zu matches, "
-                "completion %d\n",
-                seconds, document.size() / 1048576.0 / seconds, state.results.size(), static_cast<int>(done));
+    std::printf(
+        "\nworker run, literal, with results list and file: %.2f s, %.0f MB/s, %zu matches, "
+        "completion %d\n",
+        seconds, document.size() / 1048576.0 / seconds, state.results.size(),
+        static_cast<int>(done));
     std::remove(state.log.resultsPath.c_str());
     rmdir(folder);
   }
@@ -429,7 +439,8 @@ int main(int argc, char** argv) {
         },
         20);
     std::printf("  %6zu a's: ours %s after %.3f s; std::wregex ", n,
-                ours.status == nebro::RegexStatus::TooComplex ? "\"too complex\"" : "finished", ours.seconds);
+                ours.status == nebro::RegexStatus::TooComplex ? "\"too complex\"" : "finished",
+                ours.seconds);
     if (ref.finished) {
       std::printf("finished after %.3f s (%" PRIu64 " matches)\n", ref.seconds, ref.matches);
     } else if (ref.crashed) {

@@ -16,8 +16,8 @@ namespace nebro {
 namespace {
 
 // Limits that turn a runaway search into RegexStatus::TooComplex instead of a hang or a crash.
-// The match limit counts backtracking steps per start position: ten million stops `(a+)+$` over
-// a run of a's within about a tenth of a second. The JIT stack is only reserved address space
+// The match limit bounds the backtracking of one search: ten million stops `(a+)+$` over a run
+// of a's within about a tenth of a second. The JIT stack is only reserved address space
 // until a search needs it; a quarter of a gigabyte lets `(?:.|\n)*` run over several megabytes.
 constexpr uint32_t kMatchLimit = 10'000'000;
 constexpr size_t kJitStackStart = 64 * 1024;
@@ -82,10 +82,11 @@ Outcome OutcomeOf(int rc) {
 
 int Engine(Regex& regex, const char16_t* subject, size_t length, size_t offset, uint32_t options) {
   const auto* units = reinterpret_cast<PCRE2_SPTR>(subject);
-  const int rc = regex.jit && options == 0
-                     ? pcre2_jit_match(regex.code, units, length, offset, 0, regex.data, regex.context)
-                     : pcre2_match(regex.code, units, length, offset, options | PCRE2_NO_UTF_CHECK,
-                                   regex.data, regex.context);
+  const int rc =
+      regex.jit && options == 0
+          ? pcre2_jit_match(regex.code, units, length, offset, 0, regex.data, regex.context)
+          : pcre2_match(regex.code, units, length, offset, options | PCRE2_NO_UTF_CHECK, regex.data,
+                        regex.context);
   if (rc >= 0) {
     const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
     regex.foundStart = ovector[0];
@@ -152,7 +153,8 @@ Outcome Search(Regex& regex, const char16_t* subject, size_t length, size_t offs
     const size_t limit = from + window;
     if (!last) pcre2_set_offset_limit(regex.context, limit);
     // The first window is too short to need timing (most searches end in it).
-    const auto started = first ? std::chrono::steady_clock::time_point() : std::chrono::steady_clock::now();
+    const auto started =
+        first ? std::chrono::steady_clock::time_point() : std::chrono::steady_clock::now();
     const int rc = Engine(regex, subject, length, from, options);
     if (!last) pcre2_set_offset_limit(regex.context, PCRE2_UNSET);
     if (last || rc != PCRE2_ERROR_NOMATCH) return OutcomeOf(rc);
@@ -191,7 +193,8 @@ size_t FindSurrogate(const char16_t* s, size_t n) {
   return n;
 }
 
-std::u16string_view CheckedUtf16(std::u16string_view text, std::u16string& storage, bool* repaired) {
+std::u16string_view CheckedUtf16(std::u16string_view text, std::u16string& storage,
+                                 bool* repaired) {
   const size_t n = text.size();
   size_t bad = n;
   size_t i = FindSurrogate(text.data(), n);
@@ -301,9 +304,8 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
     expression += pattern;
   }
 
-  uint32_t options = PCRE2_UTF | PCRE2_ALT_BSUX | PCRE2_MATCH_UNSET_BACKREF |
-                     PCRE2_DOLLAR_ENDONLY | PCRE2_ALLOW_EMPTY_CLASS | PCRE2_NEVER_BACKSLASH_C |
-                     PCRE2_USE_OFFSET_LIMIT;
+  uint32_t options = PCRE2_UTF | PCRE2_ALT_BSUX | PCRE2_MATCH_UNSET_BACKREF | PCRE2_DOLLAR_ENDONLY |
+                     PCRE2_ALLOW_EMPTY_CLASS | PCRE2_NEVER_BACKSLASH_C | PCRE2_USE_OFFSET_LIMIT;
   if (!matchCase) options |= PCRE2_CASELESS;
 
   pcre2_compile_context* compileContext = pcre2_compile_context_create(nullptr);
@@ -317,9 +319,9 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
 
   int errorCode = 0;
   PCRE2_SIZE errorOffset = 0;
-  pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression.data()),
-                                   expression.size(), options, &errorCode, &errorOffset,
-                                   compileContext);
+  pcre2_code* code =
+      pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression.data()), expression.size(), options,
+                    &errorCode, &errorOffset, compileContext);
   pcre2_compile_context_free(compileContext);
   if (!code) {
     if (error) {
@@ -374,7 +376,8 @@ RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, u
     context.linePos = 0;
     context.lineNumber = 1;
   }
-  const std::u16string_view subject = context.repaired ? std::u16string_view(context.repairedText) : text;
+  const std::u16string_view subject =
+      context.repaired ? std::u16string_view(context.repairedText) : text;
   const size_t length = subject.size();
   const std::atomic<bool>* cancel = context.cancel;
 
@@ -486,25 +489,19 @@ RegexFound FindNextMatch(std::u16string_view text, Regex& regex, uint64_t from) 
 }
 
 RegexFound FindPrevMatch(std::u16string_view text, Regex& regex, uint64_t anchor) {
-  RegexSpan before, last;
-  bool any = false;
-  bool anyBefore = false;
-  std::u16string subjectCopy;
+  std::u16string storage;
+  const std::u16string_view subject = WellFormedUtf16(text, storage);
+  std::optional<RegexSpan> before;
+  std::optional<RegexSpan> last;
   RegexFound found;
-  found.status = ForEachMatch(text, regex, [&](const std::vector<RegexSpan>& groups,
-                                               std::u16string_view checked) {
-    if (!any && checked.data() != text.data()) subjectCopy.assign(checked);
-    any = true;
-    last = groups[0];
-    if (static_cast<uint64_t>(groups[0].end) <= anchor) {
-      before = groups[0];
-      anyBefore = true;
-    }
-    return true;
-  });
-  if (found.status != RegexStatus::Ok || !any) return found;
-  const std::u16string_view subject = subjectCopy.empty() ? text : std::u16string_view(subjectCopy);
-  const RegexSpan span = anyBefore ? before : last;
+  found.status =
+      ForEachMatch(subject, regex, [&](const std::vector<RegexSpan>& groups, std::u16string_view) {
+        last = groups[0];
+        if (static_cast<uint64_t>(groups[0].end) <= anchor) before = groups[0];
+        return true;
+      });
+  if (found.status != RegexStatus::Ok || !last) return found;
+  const RegexSpan span = before ? *before : *last;
   RegexMatch match;
   match.start = span.start;
   match.end = span.end;

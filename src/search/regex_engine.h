@@ -22,10 +22,10 @@ namespace nebro {
 
 // One found match.
 struct RegexMatch {
-  int64_t start = 0;   // first UTF-16 unit of the match in the whole document
-  int64_t end = 0;     // start + length in UTF-16 units
+  int64_t start = 0;  // first UTF-16 unit of the match in the whole document
+  int64_t end = 0;    // start + length in UTF-16 units
   std::u16string text;
-  int64_t line = 0;    // 1-based line of `start`, counted by LF
+  int64_t line = 0;  // 1-based line of `start`, counted by LF
 
   bool operator==(const RegexMatch&) const = default;
 };

@@ -21,11 +21,17 @@ Step StepAt(const unsigned char* s, size_t n, size_t i) {
   char32_t c = 0;
   char32_t min = 0;
   if (b >= 0xC2 && b <= 0xDF) {
-    len = 2; c = b & 0x1F; min = 0x80;
+    len = 2;
+    c = b & 0x1F;
+    min = 0x80;
   } else if (b >= 0xE0 && b <= 0xEF) {
-    len = 3; c = b & 0x0F; min = 0x800;
+    len = 3;
+    c = b & 0x0F;
+    min = 0x800;
   } else if (b >= 0xF0 && b <= 0xF4) {
-    len = 4; c = b & 0x07; min = 0x10000;
+    len = 4;
+    c = b & 0x07;
+    min = 0x10000;
   }
   if (len == 0 || i + len > n) return {1, 1};
   for (size_t k = 1; k < len; ++k) {

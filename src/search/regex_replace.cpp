@@ -32,11 +32,13 @@ bool IsLower(char32_t c) {
 }
 char32_t ToUpper(char32_t c) {
   const locale_t l = UnicodeLocale();
-  return static_cast<char32_t>(l ? towupper_l(static_cast<wint_t>(c), l) : towupper(static_cast<wint_t>(c)));
+  return static_cast<char32_t>(l ? towupper_l(static_cast<wint_t>(c), l)
+                                 : towupper(static_cast<wint_t>(c)));
 }
 char32_t ToLower(char32_t c) {
   const locale_t l = UnicodeLocale();
-  return static_cast<char32_t>(l ? towlower_l(static_cast<wint_t>(c), l) : towlower(static_cast<wint_t>(c)));
+  return static_cast<char32_t>(l ? towlower_l(static_cast<wint_t>(c), l)
+                                 : towlower(static_cast<wint_t>(c)));
 }
 
 // Reads the character at `i` (a surrogate pair as one character) and moves `i` past it.
@@ -115,10 +117,10 @@ std::u16string ApplyPreserveCase(std::u16string_view replacement, std::u16string
   return std::u16string(replacement);
 }
 
-ReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_view pattern,
-                                std::u16string_view replacement, bool matchCase, bool wholeWord,
-                                bool preserveCase) {
-  ReplaceAllResult result;
+RegexReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_view pattern,
+                                     std::u16string_view replacement, bool matchCase,
+                                     bool wholeWord, bool preserveCase) {
+  RegexReplaceAllResult result;
   RegexPtr regex = BuildRegex(pattern, matchCase, wholeWord);
   if (!regex) {
     result.status = RegexStatus::InvalidPattern;
@@ -130,26 +132,27 @@ ReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_view pa
   std::u16string out;
   RegexCaptures captures;
   size_t copied = 0;
-  result.status = ForEachMatch(subject, *regex, [&](const std::vector<RegexSpan>& groups,
-                                                    std::u16string_view) {
-    const size_t start = static_cast<size_t>(groups[0].start);
-    const size_t end = static_cast<size_t>(groups[0].end);
-    out.append(subject.substr(copied, start - copied));
-    captures.resize(groups.size());
-    for (size_t g = 0; g < groups.size(); ++g) {
-      if (groups[g].start < 0) {
-        captures[g].reset();
-      } else {
-        captures[g] = std::u16string(subject.substr(groups[g].start, groups[g].end - groups[g].start));
-      }
-    }
-    std::u16string piece = ExpandReplacement(replacement, captures);
-    if (preserveCase) piece = ApplyPreserveCase(piece, *captures[0]);
-    out += piece;
-    copied = end;
-    ++result.count;
-    return true;
-  });
+  result.status =
+      ForEachMatch(subject, *regex, [&](const std::vector<RegexSpan>& groups, std::u16string_view) {
+        const size_t start = static_cast<size_t>(groups[0].start);
+        const size_t end = static_cast<size_t>(groups[0].end);
+        out.append(subject.substr(copied, start - copied));
+        captures.resize(groups.size());
+        for (size_t g = 0; g < groups.size(); ++g) {
+          if (groups[g].start < 0) {
+            captures[g].reset();
+          } else {
+            captures[g] =
+                std::u16string(subject.substr(groups[g].start, groups[g].end - groups[g].start));
+          }
+        }
+        std::u16string piece = ExpandReplacement(replacement, captures);
+        if (preserveCase) piece = ApplyPreserveCase(piece, *captures[0]);
+        out += piece;
+        copied = end;
+        ++result.count;
+        return true;
+      });
   if (result.status != RegexStatus::Ok) {
     result.count = 0;
     return result;

@@ -23,7 +23,7 @@ std::u16string ExpandReplacement(std::u16string_view replacementTemplate,
 // the process locale.
 std::u16string ApplyPreserveCase(std::u16string_view replacement, std::u16string_view matchedText);
 
-struct ReplaceAllResult {
+struct RegexReplaceAllResult {
   RegexStatus status = RegexStatus::Ok;  // InvalidPattern or TooComplex leave `text` empty
   std::u16string text;
   uint64_t count = 0;
@@ -33,8 +33,8 @@ struct ReplaceAllResult {
 // retried as a non-empty one at the same place, then the search moves on by one character; `^`
 // matches only at the start of the text). Each match becomes ExpandReplacement of the template,
 // then ApplyPreserveCase when `preserveCase` is on.
-ReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_view pattern,
-                                std::u16string_view replacement, bool matchCase, bool wholeWord,
-                                bool preserveCase);
+RegexReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_view pattern,
+                                     std::u16string_view replacement, bool matchCase,
+                                     bool wholeWord, bool preserveCase);
 
 }  // namespace nebro

@@ -21,7 +21,9 @@ void PostStatus(const RegexWorkerHooks& hooks, std::u16string text) {
   if (hooks.status) hooks.status(text);
 }
 
-bool ColorResults(const RegexWorkerHooks& hooks) { return hooks.colorResults && hooks.colorResults(); }
+bool ColorResults(const RegexWorkerHooks& hooks) {
+  return hooks.colorResults && hooks.colorResults();
+}
 
 }  // namespace
 
@@ -33,8 +35,8 @@ RegexSearchState& SharedRegexSearchState() {
 std::u16string LargeFileStatusText() { return u"Large file detected, searching..."; }
 
 std::u16string ProgressStatusText(uint64_t total, uint64_t cursor, uint64_t documentLength) {
-  const auto percent =
-      static_cast<uint64_t>(static_cast<double>(cursor) / static_cast<double>(documentLength) * 100.0);
+  const auto percent = static_cast<uint64_t>(static_cast<double>(cursor) /
+                                             static_cast<double>(documentLength) * 100.0);
   return u"Found " + Ascii(std::to_string(total)) + u" matches (" + Ascii(std::to_string(percent)) +
          u"%)...";
 }
@@ -76,7 +78,7 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
       state.savedCursor = 0;
       state.sessionActive = true;
       state.results.clear();
-      const LocalTime now = hooks.clock();
+      const ResultsTime now = hooks.clock();
       state.log.resultsPath = NewResultsPath(hooks.resultsFolder, now);
       if (OpenResultsFile(state.log, false)) {
         WriteFindAllHeader(state.log, request.pattern, request.matchCase, request.wholeWord, now);

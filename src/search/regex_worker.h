@@ -26,7 +26,7 @@ struct RegexSearchRequest {
   bool matchCase = false;
   bool wholeWord = false;
   bool preserveCase = false;
-  uint64_t batchSize = 3000;   // matches collected by one Find All / Find More run
+  uint64_t batchSize = 3000;    // matches collected by one Find All / Find More run
   uint64_t maxMatches = 10000;  // cap on the session's total; 0 = unlimited
   bool includeLineNumbers = true;
   int32_t outputFormat = 1;  // 0 "Only matches", 1 "With line numbers", 2 "Full lines"
@@ -91,7 +91,7 @@ struct RegexWorkerHooks {
   std::function<bool()> colorResults;
   // The application folder for a new results file ("" = no results file).
   std::string resultsFolder;
-  std::function<LocalTime()> clock = CurrentLocalTime;
+  std::function<ResultsTime()> clock = ResultsTimeNow;
 };
 
 // Status texts of a run.

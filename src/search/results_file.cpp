@@ -15,7 +15,7 @@ namespace nebro {
 namespace {
 
 constexpr std::string_view kRule = "========================================";  // 40
-constexpr std::string_view kEmDash = "\xE2\x80\x94";                                // U+2014
+constexpr std::string_view kEmDash = "\xE2\x80\x94";                            // U+2014
 constexpr int64_t kResultsMaxAgeSeconds = 7 * 24 * 60 * 60;
 
 void Write(RegexResultsLog& log, std::string_view bytes) {
@@ -36,12 +36,12 @@ std::string TwoDigits(int value) {
 
 }  // namespace
 
-LocalTime CurrentLocalTime() {
+ResultsTime ResultsTimeNow() {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   tm parts{};
   localtime_r(&now.tv_sec, &parts);
-  LocalTime t;
+  ResultsTime t;
   t.year = parts.tm_year + 1900;
   t.month = parts.tm_mon + 1;
   t.day = parts.tm_mday;
@@ -52,11 +52,11 @@ LocalTime CurrentLocalTime() {
   return t;
 }
 
-std::string ClockText(const LocalTime& time) {
+std::string ClockText(const ResultsTime& time) {
   return TwoDigits(time.hour) + ":" + TwoDigits(time.minute) + ":" + TwoDigits(time.second);
 }
 
-std::string NewResultsPath(const std::string& folder, const LocalTime& t) {
+std::string NewResultsPath(const std::string& folder, const ResultsTime& t) {
   if (folder.empty()) return std::string();
   mkdir(folder.c_str(), 0700);  // an existing folder is fine; other failures show at open time
   char name[96];
@@ -67,7 +67,7 @@ std::string NewResultsPath(const std::string& folder, const LocalTime& t) {
   return path + name;
 }
 
-void FileCloser::operator()(std::FILE* file) const { std::fclose(file); }
+void ResultsFileCloser::operator()(std::FILE* file) const { std::fclose(file); }
 
 bool ResultsFileOpen(const RegexResultsLog& log) { return log.file != nullptr; }
 
@@ -81,12 +81,13 @@ bool OpenResultsFile(RegexResultsLog& log, bool append) {
 void CloseResultsFile(RegexResultsLog& log) { log.file.reset(); }
 
 void WriteFindAllHeader(RegexResultsLog& log, std::u16string_view pattern, bool matchCase,
-                        bool wholeWord, const LocalTime& started) {
+                        bool wholeWord, const ResultsTime& started) {
   if (!log.file) return;
   std::string out = "Regex Session Log\n";
   out += "Pattern:    " + Utf16ToUtf8(pattern) + "\n";
-  out += std::string("Match case: ") + (matchCase ? "Yes" : "No") + "  |  Whole word: " +
-         (wholeWord ? "Yes" : "No") + "  |  Started: " + ClockText(started) + "\n";
+  out += std::string("Match case: ") + (matchCase ? "Yes" : "No") +
+         "  |  Whole word: " + (wholeWord ? "Yes" : "No") + "  |  Started: " + ClockText(started) +
+         "\n";
   out += kRule;
   out += "\n\n";
   Write(log, out);
@@ -119,9 +120,10 @@ void WriteResultsBatch(RegexResultsLog& log, const std::vector<RegexMatch>& batc
   Flush(log);
 }
 
-void WriteFindAllFooter(RegexResultsLog& log, uint64_t total, const LocalTime& now) {
+void WriteFindAllFooter(RegexResultsLog& log, uint64_t total, const ResultsTime& now) {
   if (!log.file) return;
-  std::string out = "\n[FIND ALL] " + ClockText(now) + " " + std::string(kEmDash) + " Search complete\n";
+  std::string out =
+      "\n[FIND ALL] " + ClockText(now) + " " + std::string(kEmDash) + " Search complete\n";
   out += "\n";
   out += kRule;
   out += "\nTotal matches found: " + std::to_string(total) + "\n";
@@ -129,7 +131,7 @@ void WriteFindAllFooter(RegexResultsLog& log, uint64_t total, const LocalTime& n
   Flush(log);
 }
 
-void EnsureSessionLog(RegexResultsLog& log, const std::string& folder, const LocalTime& now,
+void EnsureSessionLog(RegexResultsLog& log, const std::string& folder, const ResultsTime& now,
                       std::string_view patternUtf8) {
   if (log.resultsPath.empty()) log.resultsPath = NewResultsPath(folder, now);
   if (log.file) return;
@@ -149,7 +151,7 @@ void WriteLogEntry(RegexResultsLog& log, std::string_view entry) {
   Flush(log);
 }
 
-std::string FindLogEntry(bool previous, const LocalTime& time, int64_t line, int64_t position,
+std::string FindLogEntry(bool previous, const ResultsTime& time, int64_t line, int64_t position,
                          std::u16string_view matchedText) {
   std::string out = previous ? "[FIND PREV] " : "[FIND] ";
   out += ClockText(time) + " " + std::string(kEmDash) + " Ln " + std::to_string(line) + ", Col " +
@@ -157,13 +159,13 @@ std::string FindLogEntry(bool previous, const LocalTime& time, int64_t line, int
   return out;
 }
 
-std::string ReplaceLogEntry(const LocalTime& time, std::u16string_view before,
+std::string ReplaceLogEntry(const ResultsTime& time, std::u16string_view before,
                             std::u16string_view after) {
   return "[REPLACE] " + ClockText(time) + " " + std::string(kEmDash) + " Replaced 1 match\n" +
          "  Before: " + Utf16ToUtf8(before) + "\n" + "  After:  " + Utf16ToUtf8(after) + "\n\n";
 }
 
-std::string ReplaceAllLogEntry(const LocalTime& time, uint64_t count, std::u16string_view pattern,
+std::string ReplaceAllLogEntry(const ResultsTime& time, uint64_t count, std::u16string_view pattern,
                                std::u16string_view replacement) {
   return "[REPLACE ALL] " + ClockText(time) + " " + std::string(kEmDash) + " Replaced " +
          std::to_string(count) + " match(es)\n" + "  Pattern: " + Utf16ToUtf8(pattern) + "  ->  " +
@@ -182,7 +184,8 @@ int CleanupOldResults(const std::string& folder, std::chrono::system_clock::time
   int deleted = 0;
   while (const dirent* entry = readdir(dir)) {
     const std::string_view name = entry->d_name;
-    if (name.size() < 10 || name.substr(0, 6) != "regex_" || name.substr(name.size() - 4) != ".txt") {
+    if (name.size() < 10 || name.substr(0, 6) != "regex_" ||
+        name.substr(name.size() - 4) != ".txt") {
       continue;
     }
     struct stat info {};

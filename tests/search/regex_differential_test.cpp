@@ -11,6 +11,7 @@
 namespace nebro {
 namespace {
 
+// clang-format off
 const char* const kPatterns[] = {
     "a", "abc", "a|b", "ab|a", "a|ab", "x*", "a*", "a+?", "a*?b", "(a|ab)(c|bcd)(d*)",
     "^a", "^", "$", "a$", "^$", "\\b", "\\B", "\\bcat\\b", "\\w+", "\\W+", "\\d+", "\\D",
@@ -41,6 +42,7 @@ const char* const kTexts[] = {
     "ABC abc AbC",
     "a.b(c)d]e[f",
 };
+// clang-format on
 
 std::wstring Wide(std::string_view s) { return std::wstring(s.begin(), s.end()); }
 std::u16string U16(std::string_view s) { return std::u16string(s.begin(), s.end()); }
@@ -85,7 +87,8 @@ Spans OurFindBatches(const std::u16string& text, Regex& regex, size_t want) {
 
 Spans ReferenceIterate(const std::wstring& text, const std::wregex& re) {
   Spans all;
-  for (auto it = std::wsregex_iterator(text.begin(), text.end(), re); it != std::wsregex_iterator(); ++it) {
+  for (auto it = std::wsregex_iterator(text.begin(), text.end(), re); it != std::wsregex_iterator();
+       ++it) {
     all.emplace_back(it->position(0), it->position(0) + it->length(0));
   }
   return all;
@@ -120,19 +123,21 @@ TEST(RegexDifferential, AgreesWithStdWregexOnAsciiCorpus) {
         RegexPtr ours = BuildRegex(U16(pattern), matchCase, wholeWord);
         ASSERT_TRUE(ours) << "does not compile: " << expression;
         for (const char* text : kTexts) {
-          SCOPED_TRACE(testing::Message() << "pattern /" << expression << "/" << (matchCase ? "" : "i")
-                                          << " text \"" << text << "\"");
+          SCOPED_TRACE(testing::Message() << "pattern /" << expression << "/"
+                                          << (matchCase ? "" : "i") << " text \"" << text << "\"");
           const std::wstring wide = Wide(text);
           const std::u16string narrow = U16(text);
           for (size_t want : {1u, 3u, 50u}) {
-            EXPECT_EQ(OurFindBatches(narrow, *ours, want), ReferenceFindBatches(wide, reference, want))
+            EXPECT_EQ(OurFindBatches(narrow, *ours, want),
+                      ReferenceFindBatches(wide, reference, want))
                 << "batches of " << want;
           }
           EXPECT_EQ(OurIterate(narrow, *ours), ReferenceIterate(wide, reference));
           // Replace All against regex_replace, with a template both read alike.
-          const ReplaceAllResult replaced =
+          const RegexReplaceAllResult replaced =
               ReplaceAllText(narrow, U16(pattern), u"<$&|$1>", matchCase, wholeWord, false);
-          const std::wstring expected = std::regex_replace(wide, reference, std::wstring(L"<$&|$1>"));
+          const std::wstring expected =
+              std::regex_replace(wide, reference, std::wstring(L"<$&|$1>"));
           EXPECT_EQ(replaced.text, std::u16string(expected.begin(), expected.end()));
           ++compared;
         }

@@ -54,13 +54,15 @@ TEST(RegexBuild, CompileOptionsFollowEcmaScript) {
   EXPECT_FALSE(error.empty());
 
   // Case: the flag, and folding beyond ASCII.
-  EXPECT_EQ(Texts(CollectAll(u"Hello HELLO hello", u"hello", 10)), std::vector<std::u16string>{u"hello"});
+  EXPECT_EQ(Texts(CollectAll(u"Hello HELLO hello", u"hello", 10)),
+            std::vector<std::u16string>{u"hello"});
   EXPECT_EQ(CollectAll(u"Hello HELLO hello", u"hello", 10, false).size(), 3u);
   EXPECT_EQ(Texts(CollectAll(u"une \u00C9cole, l'\u00E9cole", u"\u00C9COLE", 10, false)),
             (std::vector<std::u16string>{u"\u00C9cole", u"\u00E9cole"}));
 
   // \w and \b are ASCII, as in ECMAScript.
-  EXPECT_EQ(Texts(CollectAll(u"caf\u00E9 ok", u"\\w+", 10)), (std::vector<std::u16string>{u"caf", u"ok"}));
+  EXPECT_EQ(Texts(CollectAll(u"caf\u00E9 ok", u"\\w+", 10)),
+            (std::vector<std::u16string>{u"caf", u"ok"}));
   // `.` stops at every ECMAScript line terminator.
   EXPECT_EQ(Texts(CollectAll(u"ab\rcd\nef\u2028gh\u2029ij", u".+", 10)),
             (std::vector<std::u16string>{u"ab", u"cd", u"ef", u"gh", u"ij"}));
@@ -97,7 +99,8 @@ TEST(RegexFindBatch, SubRangesBatchesAndEmptyMatches) {
   uint64_t cursor = 0;
   RegexBatch batch = FindBatch(u"ab", *regex, cursor, 5, context);
   EXPECT_EQ(Flatten(batch.matches),
-            (std::vector<Found>{{0, 0, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}}));
+            (std::vector<Found>{
+                {0, 0, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}, {1, 1, u"", 1}}));
   EXPECT_EQ(cursor, 1u);
   batch = FindBatch(u"ab", *regex, cursor, 5, context);
   EXPECT_EQ(Flatten(batch.matches), (std::vector<Found>{{1, 1, u"", 1}}));
@@ -165,8 +168,9 @@ TEST(RegexFindBatch, SurrogatePairsStayWhole) {
   EXPECT_EQ(Flatten(batch.matches), (std::vector<Found>{{0, 0, u"", 1}, {2, 2, u"", 1}}));
   EXPECT_EQ(cursor, 2u);
 
-  EXPECT_EQ(Flatten(CollectAll(text, u".", 10)),
-            (std::vector<Found>{{0, 2, u"\U0001F600", 1}, {2, 4, u"\U0001F600", 1}, {4, 5, u"a", 1}}));
+  EXPECT_EQ(
+      Flatten(CollectAll(text, u".", 10)),
+      (std::vector<Found>{{0, 2, u"\U0001F600", 1}, {2, 4, u"\U0001F600", 1}, {4, 5, u"a", 1}}));
   // A cursor inside a pair starts after it.
   RegexPtr dot = BuildRegex(u".", true, false);
   FindBatchContext dots;
@@ -180,7 +184,8 @@ TEST(RegexFindBatch, SurrogatePairsStayWhole) {
   broken[1] = 0xD800;
   broken[3] = 0xDC00;
   EXPECT_EQ(Flatten(CollectAll(broken, u".", 10)),
-            (std::vector<Found>{{0, 1, u"a", 1}, {1, 2, u"\uFFFD", 1}, {2, 3, u"b", 1}, {3, 4, u"\uFFFD", 1}}));
+            (std::vector<Found>{
+                {0, 1, u"a", 1}, {1, 2, u"\uFFFD", 1}, {2, 3, u"b", 1}, {3, 4, u"\uFFFD", 1}}));
 }
 
 TEST(RegexFindBatch, CancelAndRunawayPatternsStopCleanly) {

@@ -9,8 +9,9 @@ namespace {
 
 TEST(RegexOffsets, BothDirectionsFollowTheConversionRule) {
   // ASCII, 2-, 3- and 4-byte characters, and invalid bytes (each one U+FFFD).
-  const std::string pieces[] = {"a", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xFF",
-                                "\xC3", "\xE2\x82", "\xED\xA0\x80", "\n", "\xC0\xAF"};
+  const std::string pieces[] = {"a",    "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
+                                "\xFF", "\xC3",     "\xE2\x82",     "\xED\xA0\x80",
+                                "\n",   "\xC0\xAF"};
   std::string text;
   for (int round = 0; round < 300; ++round) text += pieces[(round * 7 + round / 3) % 10];
   const std::u16string converted = Utf8ToUtf16(text);

@@ -48,7 +48,8 @@ TEST(RegexReplace, PreserveCase) {
 }
 
 TEST(RegexReplace, ReplaceAllUsesIteratorSemantics) {
-  ReplaceAllResult r = ReplaceAllText(u"Cat cat CAT concatenate", u"cat", u"dog", false, true, true);
+  RegexReplaceAllResult r =
+      ReplaceAllText(u"Cat cat CAT concatenate", u"cat", u"dog", false, true, true);
   EXPECT_EQ(r.status, RegexStatus::Ok);
   EXPECT_EQ(r.text, u"Dog dog DOG concatenate");
   EXPECT_EQ(r.count, 3u);

@@ -33,8 +33,8 @@ void ExpectMatchesStored(const std::string& actual, const std::string& name) {
 struct TempFolder {
   fs::path path;
   explicit TempFolder(const char* tag) {
-    path = fs::temp_directory_path() / (std::string("nebro_regex_results_") + tag + "_" +
-                                        std::to_string(::getpid()));
+    path = fs::temp_directory_path() /
+           (std::string("nebro_regex_results_") + tag + "_" + std::to_string(::getpid()));
     fs::remove_all(path);
   }
   ~TempFolder() { fs::remove_all(path); }
@@ -50,14 +50,14 @@ RegexMatch Match(int64_t start, int64_t end, std::u16string text, int64_t line) 
 }
 
 TEST(RegexResults, NamesAndClock) {
-  const LocalTime t{2025, 3, 7, 9, 15, 2, 7};
+  const ResultsTime t{2025, 3, 7, 9, 15, 2, 7};
   EXPECT_EQ(NewResultsPath("/x/Nebro", t), "/x/Nebro/regex_20250307_091502_7.txt");
-  EXPECT_EQ(NewResultsPath("/x/Nebro/", LocalTime{2024, 12, 31, 23, 59, 59, 999}),
+  EXPECT_EQ(NewResultsPath("/x/Nebro/", ResultsTime{2024, 12, 31, 23, 59, 59, 999}),
             "/x/Nebro/regex_20241231_235959_999.txt");
   EXPECT_EQ(NewResultsPath("", t), "");
-  EXPECT_EQ(ClockText(LocalTime{2025, 1, 1, 9, 5, 2, 0}), "09:05:02");
+  EXPECT_EQ(ClockText(ResultsTime{2025, 1, 1, 9, 5, 2, 0}), "09:05:02");
 
-  const LocalTime now = CurrentLocalTime();
+  const ResultsTime now = ResultsTimeNow();
   EXPECT_GE(now.year, 2024);
   EXPECT_TRUE(now.month >= 1 && now.month <= 12 && now.millisecond >= 0 && now.millisecond < 1000);
 
@@ -74,13 +74,14 @@ TEST(RegexResults, SessionFileBytes) {
   RegexResultsLog log;
 
   // A dialog action before any Find All makes a new file with the short header.
-  const LocalTime t{2025, 3, 7, 9, 15, 2, 7};
+  const ResultsTime t{2025, 3, 7, 9, 15, 2, 7};
   EnsureSessionLog(log, dir, t, "c\xC3\xA9t");
   ASSERT_TRUE(ResultsFileOpen(log));
-  WriteLogEntry(log, FindLogEntry(false, LocalTime{2025, 3, 7, 9, 15, 3, 0}, 3, 41, u"c\u00E9t"));
-  WriteLogEntry(log, FindLogEntry(true, LocalTime{2025, 3, 7, 9, 15, 4, 0}, 1, 0, u"two\nlines"));
-  WriteLogEntry(log, ReplaceLogEntry(LocalTime{2025, 3, 7, 10, 0, 0, 0}, u"Hello", u"World"));
-  WriteLogEntry(log, ReplaceAllLogEntry(LocalTime{2025, 3, 7, 10, 0, 1, 0}, 12, u"(\\w+)@x", u"$1"));
+  WriteLogEntry(log, FindLogEntry(false, ResultsTime{2025, 3, 7, 9, 15, 3, 0}, 3, 41, u"c\u00E9t"));
+  WriteLogEntry(log, FindLogEntry(true, ResultsTime{2025, 3, 7, 9, 15, 4, 0}, 1, 0, u"two\nlines"));
+  WriteLogEntry(log, ReplaceLogEntry(ResultsTime{2025, 3, 7, 10, 0, 0, 0}, u"Hello", u"World"));
+  WriteLogEntry(log,
+                ReplaceAllLogEntry(ResultsTime{2025, 3, 7, 10, 0, 1, 0}, 12, u"(\\w+)@x", u"$1"));
   // A further action with the file still open adds no header.
   EnsureSessionLog(log, dir, t, "other");
   CloseResultsFile(log);
@@ -99,13 +100,14 @@ TEST(RegexResults, SessionFileBytes) {
   RegexResultsLog session;
   session.resultsPath = NewResultsPath(dir, t);
   ASSERT_TRUE(OpenResultsFile(session, false));
-  WriteFindAllHeader(session, u"\\bw\u00F6rd\\b", true, false, LocalTime{2025, 3, 7, 8, 0, 9, 0});
-  WriteResultsBatch(session, {Match(0, 4, u"w\u00F6rd", 1), Match(10, 19, u"multi\nline", 1)}, 1, 1);
+  WriteFindAllHeader(session, u"\\bw\u00F6rd\\b", true, false, ResultsTime{2025, 3, 7, 8, 0, 9, 0});
+  WriteResultsBatch(session, {Match(0, 4, u"w\u00F6rd", 1), Match(10, 19, u"multi\nline", 1)}, 1,
+                    1);
   WriteResultsBatch(session, {Match(25, 29, u"\U0001F600\U0001F600", 3)}, 2, 2);
   CloseResultsFile(session);
   ASSERT_TRUE(OpenResultsFile(session, true));
   WriteResultsBatch(session, {Match(40, 42, u"ok", 5), Match(45, 45, u"", 5)}, 3, 0);
-  WriteFindAllFooter(session, 5, LocalTime{2025, 3, 7, 8, 1, 0, 0});
+  WriteFindAllFooter(session, 5, ResultsTime{2025, 3, 7, 8, 1, 0, 0});
   CloseResultsFile(session);
   ExpectMatchesStored(ReadFile(session.resultsPath), "regex_session_results.txt");
 
@@ -122,8 +124,10 @@ TEST(RegexResults, SessionFileBytes) {
   EXPECT_FALSE(ResultsFileOpen(nowhere));
 }
 
-void SetAge(const fs::path& path, std::chrono::system_clock::time_point now, std::chrono::nanoseconds age) {
-  const auto when = std::chrono::duration_cast<std::chrono::nanoseconds>((now - age).time_since_epoch()).count();
+void SetAge(const fs::path& path, std::chrono::system_clock::time_point now,
+            std::chrono::nanoseconds age) {
+  const auto when =
+      std::chrono::duration_cast<std::chrono::nanoseconds>((now - age).time_since_epoch()).count();
   timespec times[2];
   times[0].tv_sec = times[1].tv_sec = when / 1'000'000'000;
   times[0].tv_nsec = times[1].tv_nsec = when % 1'000'000'000;

@@ -166,7 +166,17 @@ int main(int argc, char** argv) {
   std::printf("%-34s %8s %8s %8s %8s %9s\n", "", "wall ms", "MB/s in", "CPU ms", "MB/s in",
               "MB out");
 
-  const std::string path = "/tmp/nebro_export_bench_" + std::to_string(getpid());
+  // Every file-writing run gets a new file name, and the files are removed only after the
+  // row is timed: removing or truncating a file whose pages are still being written back
+  // waits for the disk, which no single export would.
+  const std::string base = "/tmp/nebro_export_bench_" + std::to_string(getpid()) + "_";
+  std::vector<std::string> written;
+  std::string path;
+  auto nextPath = [&] {
+    path = base + std::to_string(written.size());
+    written.push_back(path);
+    return path;
+  };
   const ThemeColors& dark = ThemeColorsFor(0);
   HtmlExportInput html;
   html.document = {doc.text, doc.styles};
@@ -226,12 +236,12 @@ int main(int argc, char** argv) {
        }},
       {"reference: fwrite of the text",
        [&] {
-         FILE* f = std::fopen(path.c_str(), "wb");
+         FILE* f = std::fopen(nextPath().c_str(), "wb");
          std::fwrite(doc.text.data(), 1, n, f);
          std::fclose(f);
          out = n;
        }},
-      {"plain text to file", [&] { check(WritePlainTextExport(doc.text, path), n); }},
+      {"plain text to file", [&] { check(WritePlainTextExport(doc.text, nextPath()), n); }},
       {"HTML page in memory",
        [&] {
          ExportBytes page;
@@ -244,7 +254,7 @@ int main(int argc, char** argv) {
          check(r, reused.size());
        }},
       {"HTML page to file", [&] {
-         const ExportResult r = ExportHtmlToFile(html, path, monitor);
+         const ExportResult r = ExportHtmlToFile(html, nextPath(), monitor);
          check(r, fileSize());
        }},
       {"RTF in memory",
@@ -258,7 +268,7 @@ int main(int argc, char** argv) {
          check(r, reused.size());
        }},
       {"RTF to file", [&] {
-         const ExportResult r = ExportRtfToFile(rtf, path, monitor);
+         const ExportResult r = ExportRtfToFile(rtf, nextPath(), monitor);
          check(r, fileSize());
        }},
       {"split SCI_GETSTYLEDTEXT output",
@@ -276,8 +286,8 @@ int main(int argc, char** argv) {
     if (!wanted(c.name)) continue;
     const Timing t = Best(repeats, c.run);
     Row(c.name, t, n, out);
+    for (const std::string& file : written) unlink(file.c_str());
   }
   std::printf("\n(last progress line %u)\n", lastProgress);
-  unlink(path.c_str());
   return 0;
 }

@@ -109,26 +109,39 @@ constexpr std::string_view kSpanClose = "</span>";
 // (copied as a whole 24-byte entry) and an escape (copied as a whole 8-byte entry).
 constexpr size_t kMostPerByte = kSpanClose.size() + sizeof(SpanOpen::text) + sizeof(Escape::text);
 
-// A decimal line number kept as text and counted up in place.
-class DecimalCounter {
+// One row of the number column, "        <div class=\"line-number\">N</div>\n", kept whole and
+// counted up in place, so each row is one fixed-size copy.
+class NumberRow {
  public:
-  DecimalCounter() { digits_[sizeof digits_ - 1] = '1'; }
-  std::string_view text() const { return {digits_ + sizeof digits_ - length_, length_}; }
+  static constexpr size_t kCapacity = 64;
+
+  NumberRow() {
+    std::memcpy(row_, kNumberOpen.data(), kNumberOpen.size());
+    row_[kNumberOpen.size()] = '1';
+    std::memcpy(row_ + kNumberOpen.size() + 1, kDivClose.data(), kDivClose.size());
+  }
+  const char* data() const { return row_; }
+  size_t size() const { return kNumberOpen.size() + digits_ + kDivClose.size(); }
+
   void Increment() {
-    for (size_t i = sizeof digits_; i-- > sizeof digits_ - length_;) {
-      if (digits_[i] != '9') {
-        ++digits_[i];
+    char* first = row_ + kNumberOpen.size();
+    for (char* d = first + digits_; d-- > first;) {
+      if (*d != '9') {
+        ++*d;
         return;
       }
-      digits_[i] = '0';
+      *d = '0';
     }
-    ++length_;
-    digits_[sizeof digits_ - length_] = '1';
+    // All nines: one digit more, "1" followed by zeros.
+    *first = '1';
+    first[digits_] = '0';
+    ++digits_;
+    std::memcpy(first + digits_, kDivClose.data(), kDivClose.size());
   }
 
  private:
-  char digits_[24] = {};
-  size_t length_ = 1;
+  char row_[kCapacity] = {};
+  size_t digits_ = 1;
 };
 
 ExportResult GenerateHtml(const HtmlExportInput& in, ByteWriter& w, const ExportMonitor& monitor) {
@@ -142,12 +155,11 @@ ExportResult GenerateHtml(const HtmlExportInput& in, ByteWriter& w, const Export
 
   // The number column comes first, so the lines are counted before any is written.
   const int64_t lines = 1 + CountLineFeeds(text);
-  DecimalCounter number;
-  for (int64_t i = 1; i <= lines; ++i, number.Increment()) {
-    if (!w.Room(kNumberOpen.size() + 24 + kDivClose.size())) return w.failure();
-    w.Put(kNumberOpen);
-    w.Put(number.text());
-    w.Put(kDivClose);
+  NumberRow row;
+  for (int64_t i = 1; i <= lines; ++i, row.Increment()) {
+    if (!w.Room(NumberRow::kCapacity)) return w.failure();
+    std::memcpy(w.cursor(), row.data(), NumberRow::kCapacity);
+    w.cursor() += row.size();
   }
   if (!w.Append("    </div>\n    <div class=\"code-content\">\n")) return w.failure();
 

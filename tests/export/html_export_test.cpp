@@ -74,6 +74,18 @@ TEST(HtmlExport, EmptyAndLineBreakOnlyDocuments) {
             "        <div class=\"code-line\"></div>\n");
 }
 
+TEST(HtmlExport, NumberColumnCountsEveryLine) {
+  // 10,000 line breaks: 10,001 numbered lines, through every change in the number of digits.
+  const std::string page = Page(DarkInput(Runs({{std::string(10000, '\n'), 0}})));
+  std::string expected = "    <div class=\"line-numbers\">\n";
+  for (int i = 1; i <= 10001; ++i)
+    expected += "        <div class=\"line-number\">" + std::to_string(i) + "</div>\n";
+  expected += "    </div>\n    <div class=\"code-content\">\n";
+  const size_t from = page.find("    <div class=\"line-numbers\">\n");
+  ASSERT_NE(from, std::string::npos);
+  EXPECT_EQ(page.substr(from, expected.size()), expected);
+}
+
 TEST(HtmlExport, RunsFollowTheLowSevenBitsOfTheStyle) {
   // Style 0 gets its own span; 0x85 and 5 are one run of style 5; 0xFF reads as 127; a CR stays
   // in its line while the LF splits; a run that crosses a line end is cut there.

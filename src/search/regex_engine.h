@@ -91,8 +91,9 @@ struct RegexBatch {
 // and `\b` see nothing before it (`^a` over "aaa" gives three matches). After a match the next
 // search starts at its end; only an empty match at the position where this call began is stepped
 // over (by one character, a whole surrogate pair when there is one). An empty match anywhere else
-// is collected again and again until the batch is full. The cancel flag is polled before every
-// search and also interrupts a long search.
+// is collected again and again until the batch is full, except at the very end of the text, where
+// no further search is made. The cancel flag is polled before every search and also interrupts a
+// long search.
 RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, uint64_t want,
                      FindBatchContext& context);
 

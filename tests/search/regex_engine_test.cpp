@@ -110,6 +110,9 @@ TEST(RegexFindBatch, SubRangesBatchesAndEmptyMatches) {
   EXPECT_EQ(batch.status, RegexStatus::Ok);
   EXPECT_EQ(cursor, 2u);
 
+  // An empty match at the end of the text is collected once: no search follows it.
+  EXPECT_EQ(Flatten(CollectAll(u"ab", u"$", 5)), (std::vector<Found>{{2, 2, u"", 1}}));
+
   // Each sub-range starts the input: '^a' matches after every match, \b sees nothing before.
   EXPECT_EQ(CollectAll(u"aaa", u"^a", 10).size(), 3u);
   EXPECT_EQ(Texts(CollectAll(u"ab", u"a|\\bb", 10)), (std::vector<std::u16string>{u"a", u"b"}));

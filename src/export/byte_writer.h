@@ -1,6 +1,6 @@
 // A write cursor over ExportBytes for the generators' inner loops: room is asked for in blocks,
-// then bytes go in through a plain pointer. Given a file, the writer passes its bytes on to the
-// file whenever the buffer runs full, so one small buffer carries an output of any size.
+// then bytes go in through a plain pointer. Given a file sink, the writer passes its bytes on
+// whenever the buffer runs full, so two small buffers carry an output of any size.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,17 @@
 #include <string_view>
 
 #include "export/export_output.h"
+#include "export/file_sink.h"
 #include "export/output_file.h"
 
 namespace nebro {
 
 class ByteWriter {
  public:
-  // Without a file (fd < 0) the buffer grows to hold the whole output.
-  explicit ByteWriter(ExportBytes& out, int fd = -1) : out_(out), fd_(fd) { Reload(); }
+  // Without a sink the buffer grows to hold the whole output.
+  explicit ByteWriter(ExportBytes& out, FileSink* sink = nullptr) : out_(out), sink_(sink) {
+    Reload();
+  }
   ByteWriter(const ByteWriter&) = delete;
   ByteWriter& operator=(const ByteWriter&) = delete;
 
@@ -38,26 +41,33 @@ class ByteWriter {
   char*& cursor() { return p_; }
   ExportResult failure() const { return failure_; }
 
-  // Makes everything written part of the buffer, or, with a file, writes the rest out.
+  // Makes everything written part of the buffer, or, with a sink, writes the rest out and
+  // waits until the file has it all.
   bool Finish() {
-    out_.CommitTo(p_);
-    if (fd_ < 0) return true;
-    if (!WriteAll(fd_, out_.view())) {
+    if (!Pass()) return false;
+    if (sink_ && !sink_->Drain()) {
       failure_ = ExportResult::WriteFailed;
       return false;
     }
-    out_.clear();
-    Reload();
     return true;
   }
 
  private:
-  bool Refill(size_t n) {
-    if (fd_ >= 0) {
-      if (!Finish()) return false;
-      if (static_cast<size_t>(end_ - p_) >= n) return true;
-    }
+  // Commits what was written and, with a sink, hands it over for writing.
+  bool Pass() {
     out_.CommitTo(p_);
+    if (sink_) {
+      if (!sink_->Flush(out_)) {
+        failure_ = ExportResult::WriteFailed;
+        return false;
+      }
+      Reload();
+    }
+    return true;
+  }
+  bool Refill(size_t n) {
+    if (!Pass()) return false;
+    if (static_cast<size_t>(end_ - p_) >= n) return true;
     if (!out_.MakeRoom(n)) {
       failure_ = ExportResult::OutOfMemory;
       return false;
@@ -71,7 +81,7 @@ class ByteWriter {
   }
 
   ExportBytes& out_;
-  int fd_;
+  FileSink* sink_;
   char* p_ = nullptr;
   char* end_ = nullptr;
   ExportResult failure_ = ExportResult::Ok;
@@ -81,8 +91,8 @@ class ByteWriter {
 // Small enough to stay in the processor's cache between writes.
 inline constexpr size_t kStreamBufferSize = 512 * 1024;
 
-// Runs `generate(ExportBytes&, int fd)` so that its output ends up in the file at `path`: it
-// streams into a new file beside the target, which replaces the target only when generation
+// Runs `generate(ExportBytes&, FileSink*)` so that its output ends up in the file at `path`:
+// it streams into a new file beside the target, which replaces the target only when generation
 // succeeded. Where only overwriting the target in place is possible, the output is built in
 // memory first so that a cancel or failure still leaves the target untouched.
 template <class Generate>
@@ -93,15 +103,18 @@ ExportResult StreamToFile(const std::string& path, Generate&& generate) {
       return ExportResult::CannotCreate;
     case OpenOutcome::InPlaceOnly: {
       ExportBytes whole;
-      const ExportResult built = generate(whole, -1);
+      const ExportResult built = generate(whole, nullptr);
       return built == ExportResult::Ok ? WriteExportFile(path, whole.view()) : built;
     }
     case OpenOutcome::Opened:
       break;
   }
-  ExportBytes buffer;
-  ExportResult result = buffer.Reserve(kStreamBufferSize) ? generate(buffer, file.fd)
-                                                            : ExportResult::OutOfMemory;
+  ExportResult result;
+  {
+    ExportBytes buffer;
+    FileSink sink(file.fd, kStreamBufferSize);
+    result = buffer.Reserve(kStreamBufferSize) ? generate(buffer, &sink) : ExportResult::OutOfMemory;
+  }  // the sink's thread has ended here; nothing writes to the file any more
   if (result != ExportResult::Ok) {
     AbandonOutputFile(file);
     return result;

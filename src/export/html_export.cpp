@@ -246,8 +246,8 @@ ExportResult BuildHtmlPage(const HtmlExportInput& in, ExportBytes& out, const Ex
 ExportResult ExportHtmlToFile(const HtmlExportInput& in, const std::string& path,
                               const ExportMonitor& monitor) {
   if (in.document.styles.size() != in.document.text.size()) return ExportResult::BadInput;
-  return StreamToFile(path, [&](ExportBytes& buffer, int fd) {
-    ByteWriter w(buffer, fd);
+  return StreamToFile(path, [&](ExportBytes& buffer, FileSink* sink) {
+    ByteWriter w(buffer, sink);
     ExportResult result = GenerateHtml(in, w, monitor);
     if (result == ExportResult::Ok && !w.Finish()) result = w.failure();
     return result;

@@ -241,8 +241,8 @@ ExportResult BuildRtf(const RtfExportInput& in, ExportBytes& out, const ExportMo
 ExportResult ExportRtfToFile(const RtfExportInput& in, const std::string& path,
                              const ExportMonitor& monitor) {
   if (in.document.styles.size() != in.document.text.size()) return ExportResult::BadInput;
-  return StreamToFile(path, [&](ExportBytes& buffer, int fd) {
-    ByteWriter w(buffer, fd);
+  return StreamToFile(path, [&](ExportBytes& buffer, FileSink* sink) {
+    ByteWriter w(buffer, sink);
     ExportResult result = GenerateRtf(in, w, monitor);
     if (result == ExportResult::Ok && !w.Finish()) result = w.failure();
     return result;

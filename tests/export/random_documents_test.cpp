@@ -3,6 +3,10 @@
 // random documents: runs of every length, escapes at every offset, characters split by style
 // changes, lines longer than a block, and files many times the stream buffer.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -189,6 +193,7 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
   rtf.fontName = "f";
   ExportBytes bytes;
   ASSERT_EQ(BuildRtf(rtf, bytes), ExportResult::Ok);
+  ASSERT_GT(bytes.size(), 400000u);
   ASSERT_EQ(ExportRtfToFile(rtf, path), ExportResult::Ok);
   EXPECT_TRUE(ReadFile(path) == bytes.view());
 
@@ -200,6 +205,26 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
   monitor.isCancelled = [&asked, half] { return ++asked == half; };
   EXPECT_EQ(ExportHtmlToFile(html, path, monitor), ExportResult::Cancelled);
   EXPECT_TRUE(ReadFile(path) == bytes.view());
+
+  // A file that stops taking bytes part-way (here: the file-size limit, set in a child process
+  // so the test runner keeps its own) fails the export and leaves the previous file as well.
+  for (int format = 0; format < 2; ++format) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      signal(SIGXFSZ, SIG_IGN);
+      const rlimit limit{200000, 200000};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      const ExportResult result = format == 0 ? ExportHtmlToFile(html, path) : ExportRtfToFile(rtf, path);
+      _exit(static_cast<int>(result));
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(ExportResult::WriteFailed)) << format;
+    EXPECT_TRUE(ReadFile(path) == bytes.view());
+  }
+
   unlink(path.c_str());
   EXPECT_EQ(rmdir(folder), 0);  // fails if a partial file was left in the folder
 }

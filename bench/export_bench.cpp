@@ -1,6 +1,8 @@
 // Export throughput on a generated C++-like styled document (100 MB by default; the first
-// argument sets the size in MB). Each exporter is timed building in memory and writing a file
-// under /tmp, against a plain memcpy and fwrite of the same bytes in the same run.
+// argument sets the size in MB). Each exporter is timed building in memory (a fresh buffer, and
+// a buffer kept from the previous run) and writing a file under /tmp, against a plain memcpy
+// and fwrite of the same bytes in the same run. Figures are MB of input per second, by
+// wall-clock time and by the process's CPU time.
 //
 //   build/bench/export_bench [MB] [repeats] [row filter]
 #include <benchmark/benchmark.h>

@@ -8,5 +8,5 @@ cd "$NEBRO_BUILD"
 # A controlled environment: no user settings, a fixed locale, a private config folder.
 tmp_home=$(mktemp -d)
 trap 'rm -rf "$tmp_home"' EXIT
-export XDG_CONFIG_HOME="$tmp_home/config" HOME="$tmp_home" LC_ALL=C.UTF-8 NO_AT_BRIDGE=1
+export XDG_CONFIG_HOME="$tmp_home/config" HOME="$tmp_home" LC_ALL=C.UTF-8 NO_AT_BRIDGE=1 GSETTINGS_BACKEND=memory
 xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure --parallel "$(nproc)" "$@"

@@ -3,6 +3,7 @@
 #include <gdk/gdkkeysyms.h>
 
 #include "app/commands.h"
+#include "app/context_menu_gtk.h"
 #include "app/message_box_gtk.h"
 #include "app/startup_rules.h"
 #include "app/trace_gtk.h"
@@ -250,6 +251,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
     g_signal_connect(window, "drag-data-received", G_CALLBACK(OnDragDataReceived), nullptr);
     g_signal_connect(window, "notify::is-active", G_CALLBACK(OnActiveChanged), nullptr);
     g_signal_connect(editor, "key-press-event", G_CALLBACK(OnEditorKey), nullptr);
+    AttachContextMenu(editor);
   }
   g_signal_connect(window, "delete-event", G_CALLBACK(OnDeleteEvent), nullptr);
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);

@@ -13,6 +13,8 @@
 #include "appearance/themes.h"
 #include "common/utf.h"
 #include "document/document_ops_gtk.h"
+#include "appearance/current_theme.h"
+#include "document/file_load.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
@@ -300,4 +302,71 @@ TEST_F(DocumentOps, CommandsThatChangeTheView) {
   EXPECT_FALSE(DispatchCommand(kCmdExport));
   EXPECT_FALSE(DispatchCommand(kCmdFindReplace));
   EXPECT_FALSE(DispatchCommand(12345));
+}
+
+namespace {
+
+// Answers the next file chooser: picks `name` in `folder`, or cancels when `name` is empty.
+void AnswerChooser(const std::string& folder, const std::string& name) {
+  struct Answer {
+    std::string folder, name;
+    int tries = 0;
+  };
+  g_timeout_add(50, [](gpointer data) -> gboolean {
+    auto* a = static_cast<Answer*>(data);
+    GList* top = gtk_window_list_toplevels();
+    GtkWidget* chooser = nullptr;
+    for (GList* l = top; l; l = l->next) {
+      if (GTK_IS_FILE_CHOOSER(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data))) chooser = GTK_WIDGET(l->data);
+    }
+    g_list_free(top);
+    if (!chooser) {
+      if (++a->tries < 100) return G_SOURCE_CONTINUE;
+      delete a;
+      return G_SOURCE_REMOVE;
+    }
+    if (a->name.empty()) {
+      gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_CANCEL);
+    } else {
+      EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(chooser)), "Save As - Nebro");
+      gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), a->folder.c_str());
+      gtk_file_chooser_set_current_name(GTK_FILE_CHOOSER(chooser), a->name.c_str());
+      gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_ACCEPT);
+    }
+    delete a;
+    return G_SOURCE_REMOVE;
+  }, new Answer{folder, name});
+}
+
+}  // namespace
+
+TEST_F(DocumentOps, SaveAsWritesTheChosenFile) {
+  // An untitled document goes through Save As; cancelling changes nothing.
+  Type("hello");
+  AnswerChooser(dir, "");
+  EXPECT_FALSE(SaveDocument());
+  EXPECT_TRUE(gMain.doc.modified);
+  EXPECT_EQ(gMain.doc.path, "");
+
+  // A name without an extension gets ".txt".
+  AnswerChooser(dir, "chosen");
+  ASSERT_TRUE(DispatchCommand(kCmdSave));
+  EXPECT_EQ(gMain.doc.path, dir + "/chosen.txt");
+  EXPECT_EQ(Read(dir + "/chosen.txt"), "hello");
+  EXPECT_FALSE(gMain.doc.modified);
+  EXPECT_EQ(Title(), "Nebro - chosen.txt");
+
+  // Save As of a loaded file writes the new file and leaves the old one as it was.
+  const std::string old = Write("old.txt", "# kept");
+  ASSERT_TRUE(LoadAsDocument(old));
+  Type(" and changed");
+  AnswerChooser(dir, "renamed.md");
+  ASSERT_TRUE(DispatchCommand(kCmdSaveAs));
+  EXPECT_EQ(Read(old), "# kept");
+  EXPECT_EQ(Read(dir + "/renamed.md"), "# kept and changed");
+  EXPECT_EQ(gMain.doc.path, dir + "/renamed.md");
+  EXPECT_EQ(gLanguage, kLangMarkdown);  // the new name chose the language
+  // The new file is the one that is locked now.
+  EXPECT_EQ(OpenDocumentFile(dir + "/renamed.md").error, kOpenErrorLocked);
+  EXPECT_EQ(OpenDocumentFile(old).error, 0);
 }

@@ -20,6 +20,33 @@ void AppendUtf8(std::string& out, char32_t c) {
   }
 }
 
+char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length) {
+  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+  const unsigned char b = s[pos];
+  *length = 1;
+  if (b < 0x80) return b;
+  size_t len = 0;
+  char32_t c = 0;
+  char32_t min = 0;
+  if (b >= 0xC2 && b <= 0xDF) {
+    len = 2; c = b & 0x1F; min = 0x80;
+  } else if (b >= 0xE0 && b <= 0xEF) {
+    len = 3; c = b & 0x0F; min = 0x800;
+  } else if (b >= 0xF0 && b <= 0xF4) {
+    len = 4; c = b & 0x07; min = 0x10000;
+  } else {
+    return 0xFFFD;
+  }
+  if (pos + len > text.size()) return 0xFFFD;
+  for (size_t k = 1; k < len; ++k) {
+    if ((s[pos + k] & 0xC0) != 0x80) return 0xFFFD;
+    c = (c << 6) | (s[pos + k] & 0x3F);
+  }
+  if (c < min || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return 0xFFFD;
+  *length = len;
+  return c;
+}
+
 std::u16string Utf8ToUtf16(std::string_view in) {
   std::u16string out;
   out.reserve(in.size());
@@ -27,34 +54,14 @@ std::u16string Utf8ToUtf16(std::string_view in) {
   const size_t n = in.size();
   size_t i = 0;
   while (i < n) {
-    const unsigned char b = s[i];
-    if (b < 0x80) {
+    if (s[i] < 0x80) {
       // Runs of ASCII are the common case; keep the loop tight for them.
-      out.push_back(b);
-      ++i;
+      out.push_back(s[i++]);
       continue;
     }
-    char32_t c = 0;
-    size_t len = 0;
-    char32_t min = 0;
-    if (b >= 0xC2 && b <= 0xDF) {
-      len = 2; c = b & 0x1F; min = 0x80;
-    } else if (b >= 0xE0 && b <= 0xEF) {
-      len = 3; c = b & 0x0F; min = 0x800;
-    } else if (b >= 0xF0 && b <= 0xF4) {
-      len = 4; c = b & 0x07; min = 0x10000;
-    }
-    bool ok = len != 0 && i + len <= n;
-    for (size_t k = 1; ok && k < len; ++k) {
-      if ((s[i + k] & 0xC0) != 0x80) ok = false;
-      else c = (c << 6) | (s[i + k] & 0x3F);
-    }
-    if (ok && (c < min || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF))) ok = false;
-    if (!ok) {
-      out.push_back(u'\uFFFD');
-      ++i;
-      continue;
-    }
+    size_t len;
+    char32_t c = DecodeUtf8At(in, i, &len);
+    i += len;
     if (c >= 0x10000) {
       c -= 0x10000;
       out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
@@ -62,7 +69,6 @@ std::u16string Utf8ToUtf16(std::string_view in) {
     } else {
       out.push_back(static_cast<char16_t>(c));
     }
-    i += len;
   }
   return out;
 }

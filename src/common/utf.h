@@ -7,6 +7,10 @@
 
 namespace nebro {
 
+// The character at byte `pos` of `text` and, in `length`, how many bytes it takes. A byte that
+// does not start a well-formed sequence reads as U+FFFD with length 1.
+char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length);
+
 // Each byte that does not start a well-formed UTF-8 sequence becomes one U+FFFD.
 std::u16string Utf8ToUtf16(std::string_view utf8);
 

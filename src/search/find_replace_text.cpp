@@ -102,34 +102,6 @@ bool IsEditorWordAt(std::string_view text, size_t start, size_t end) {
   return wordish(last) && last != after;
 }
 
-char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length) {
-  const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-  const size_t n = text.size();
-  const unsigned char b = s[pos];
-  *length = 1;
-  if (b < 0x80) return b;
-  size_t len = 0;
-  char32_t c = 0;
-  char32_t min = 0;
-  if (b >= 0xC2 && b <= 0xDF) {
-    len = 2; c = b & 0x1F; min = 0x80;
-  } else if (b >= 0xE0 && b <= 0xEF) {
-    len = 3; c = b & 0x0F; min = 0x800;
-  } else if (b >= 0xF0 && b <= 0xF4) {
-    len = 4; c = b & 0x07; min = 0x10000;
-  } else {
-    return 0xFFFD;
-  }
-  if (pos + len > n) return 0xFFFD;
-  for (size_t k = 1; k < len; ++k) {
-    if (!IsTrail(s[pos + k])) return 0xFFFD;
-    c = (c << 6) | (s[pos + k] & 0x3F);
-  }
-  if (c < min || c > 0x10FFFF || (c >= 0xD800 && c <= 0xDFFF)) return 0xFFFD;
-  *length = len;
-  return c;
-}
-
 char32_t LowerChar(char32_t c) {
   if (c < 0x80) return IsAsciiUpper(c) ? c + 32 : c;
   const locale_t loc = UnicodeLocale();

@@ -3,6 +3,8 @@
 // Unicode simple case mappings that do not depend on the process locale.
 #pragma once
 
+#include "common/utf.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -25,8 +27,7 @@ CharClass EditorCharClass(unsigned char byte);
 // predecessor is of another class, and ends likewise (document edges count as space).
 bool IsEditorWordAt(std::string_view text, size_t start, size_t end);
 
-// Decoding as the shared UTF-8 to UTF-16 conversion does it: a malformed byte is one U+FFFD.
-char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length);
+using nebro::DecodeUtf8At;
 
 // Unicode simple case mappings and classes (the C.UTF-8 character tables; ASCII only when those
 // are missing).

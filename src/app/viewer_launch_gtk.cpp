@@ -12,6 +12,7 @@ namespace nebro {
 namespace {
 
 GPid viewerPid = 0;
+std::string viewerExecutable;
 
 void DieWithParent(gpointer) { prctl(PR_SET_PDEATHSIG, SIGTERM); }
 
@@ -22,6 +23,10 @@ void OnViewerExit(GPid pid, gint, gpointer) {
 
 }  // namespace
 
+int ViewerProcess() { return viewerPid; }
+
+void SetViewerExecutable(const std::string& path) { viewerExecutable = path; }
+
 void EndViewer() {
   if (viewerPid > 0) kill(viewerPid, SIGTERM);
   viewerPid = 0;
@@ -30,9 +35,13 @@ void EndViewer() {
 void LaunchViewer(GtkWindow* owner, const std::string& path) {
   if (path.empty()) return;
   char exe[PATH_MAX];
-  const ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
-  if (n <= 0) return;
-  exe[n] = '\0';
+  if (!viewerExecutable.empty()) {
+    g_strlcpy(exe, viewerExecutable.c_str(), sizeof exe);
+  } else {
+    const ssize_t n = readlink("/proc/self/exe", exe, sizeof exe - 1);
+    if (n <= 0) return;
+    exe[n] = '\0';
+  }
 
   int x = 0, y = 0;
   if (owner) gtk_window_get_position(owner, &x, &y);

@@ -15,4 +15,10 @@ void LaunchViewer(GtkWindow* owner, const std::string& path);
 // Ends the viewer launched last, if it still runs.
 void EndViewer();
 
+// The process of the viewer launched last, or 0.
+int ViewerProcess();
+
+// The program started as the viewer: this executable, unless a test names the editor's.
+void SetViewerExecutable(const std::string& path);
+
 }  // namespace nebro

@@ -256,7 +256,7 @@ TEST(RegexFindBatch, MatchesOfSeveralMegabytes) {
 }
 
 // Literal patterns take a plain text search instead of the engine; both must find the same.
-TEST(RegexFindBatch, LiteralPatternsMatchLikeTheEngine) {
+TEST(RegexFindBatch, LiteralsAndTheirAlternationsMatchLikeTheEngine) {
   const std::u16string pieces[] = {u"a", u"b", u"ab", u"\n", u"\U0001F600", u"\u00E9", u"aa"};
   uint32_t seed = 12345;
   auto next = [&] {
@@ -268,7 +268,9 @@ TEST(RegexFindBatch, LiteralPatternsMatchLikeTheEngine) {
     const size_t length = next() % 70;
     while (text.size() < length) text += pieces[next() % std::size(pieces)];
     for (std::u16string_view literal :
-         {u"a", u"ab", u"aa", u"aaa", u"ba", u"\U0001F600a", u"\u00E9\n", u"b\U0001F600", u"zz"}) {
+         {u"a", u"ab", u"aa", u"aaa", u"ba", u"\U0001F600a", u"\u00E9\n", u"b\U0001F600", u"zz",
+          // Alternations of literals: at a position the first alternative that fits wins.
+          u"a|ab", u"ab|a", u"b|aa|a", u"\U0001F600|\u00E9", u"zz|ab|b", u"\n|ba|a|b|aa|zz|ab|x|y"}) {
       SCOPED_TRACE(testing::Message() << "round " << round);
       for (uint64_t want : {1u, 4u}) {
         EXPECT_EQ(Flatten(CollectAll(text, literal, want)),
@@ -279,10 +281,12 @@ TEST(RegexFindBatch, LiteralPatternsMatchLikeTheEngine) {
       std::vector<int64_t> a, b;
       ForEachMatch(text, *plain, [&](const std::vector<RegexSpan>& g, std::u16string_view) {
         a.push_back(g[0].start);
+        a.push_back(g[0].end);
         return true;
       });
       ForEachMatch(text, *group, [&](const std::vector<RegexSpan>& g, std::u16string_view) {
         b.push_back(g[0].start);
+        b.push_back(g[0].end);
         return true;
       });
       EXPECT_EQ(a, b);

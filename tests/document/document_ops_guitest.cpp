@@ -306,35 +306,48 @@ TEST_F(DocumentOps, CommandsThatChangeTheView) {
 
 namespace {
 
-// Answers the next file chooser: picks `name` in `folder`, or cancels when `name` is empty.
+// Answers the next file chooser: picks `name` in `folder`, or cancels when `name` is empty. The
+// chooser takes its folder asynchronously and may let an early answer pass, so the answer is
+// given again until the chooser has gone.
 void AnswerChooser(const std::string& folder, const std::string& name) {
   struct Answer {
     std::string folder, name;
-    int tries = 0;
+    GtkWidget* chooser = nullptr;
+    int ticks = 0;
   };
   g_timeout_add(50, [](gpointer data) -> gboolean {
     auto* a = static_cast<Answer*>(data);
-    GList* top = gtk_window_list_toplevels();
-    GtkWidget* chooser = nullptr;
-    for (GList* l = top; l; l = l->next) {
-      if (GTK_IS_FILE_CHOOSER(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data))) chooser = GTK_WIDGET(l->data);
-    }
-    g_list_free(top);
-    if (!chooser) {
-      if (++a->tries < 100) return G_SOURCE_CONTINUE;
+    if (++a->ticks > 600) {
+      ADD_FAILURE() << "no file chooser to answer";
       delete a;
       return G_SOURCE_REMOVE;
     }
-    if (a->name.empty()) {
-      gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_CANCEL);
-    } else {
-      EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(chooser)), "Save As - Nebro");
-      gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(chooser), a->folder.c_str());
-      gtk_file_chooser_set_current_name(GTK_FILE_CHOOSER(chooser), a->name.c_str());
-      gtk_dialog_response(GTK_DIALOG(chooser), GTK_RESPONSE_ACCEPT);
+    if (a->chooser) {
+      if (!gtk_widget_get_mapped(a->chooser)) {  // answered and gone
+        g_object_unref(a->chooser);
+        delete a;
+        return G_SOURCE_REMOVE;
+      }
+      gtk_dialog_response(GTK_DIALOG(a->chooser), a->name.empty() ? GTK_RESPONSE_CANCEL : GTK_RESPONSE_ACCEPT);
+      return G_SOURCE_CONTINUE;
     }
-    delete a;
-    return G_SOURCE_REMOVE;
+    GList* top = gtk_window_list_toplevels();
+    for (GList* l = top; l; l = l->next) {
+      // A chooser answered before may linger a moment after its answer: take a fresh one.
+      if (GTK_IS_FILE_CHOOSER(l->data) && gtk_widget_get_mapped(GTK_WIDGET(l->data)) &&
+          !g_object_get_data(G_OBJECT(l->data), "nebro-answered")) {
+        a->chooser = GTK_WIDGET(g_object_ref(l->data));
+      }
+    }
+    g_list_free(top);
+    if (!a->chooser) return G_SOURCE_CONTINUE;
+    g_object_set_data(G_OBJECT(a->chooser), "nebro-answered", GINT_TO_POINTER(1));
+    if (!a->name.empty()) {
+      EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(a->chooser)), "Save As - Nebro");
+      gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(a->chooser), a->folder.c_str());
+      gtk_file_chooser_set_current_name(GTK_FILE_CHOOSER(a->chooser), a->name.c_str());
+    }
+    return G_SOURCE_CONTINUE;  // the answer itself comes with the next tick
   }, new Answer{folder, name});
 }
 

@@ -16,7 +16,7 @@
 namespace nebro {
 namespace {
 
-constexpr size_t kChunk = 4u << 20;
+constexpr size_t kChunk = 1u << 20;
 
 // Reads up to `want` bytes at `offset`; returns the count, or -1 with `error` set.
 ssize_t ReadAt(int fd, char* out, size_t want, uint64_t offset, int& error) {

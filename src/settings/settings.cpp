@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <cwctype>
 #include <memory>
 
 namespace nebro {
@@ -124,10 +123,6 @@ struct FileCloser {
   void operator()(FILE* f) const { std::fclose(f); }
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
-
-char16_t FoldCase(char16_t c) {
-  return static_cast<char16_t>(std::towlower(static_cast<wint_t>(c)));
-}
 
 }  // namespace
 
@@ -291,32 +286,19 @@ void SetFieldText(char16_t* field, size_t capacity, std::u16string_view text) {
   std::fill(field + n, field + capacity, u'\0');
 }
 
-void PushMostRecent(char16_t* list, size_t width, std::u16string_view text, bool ignoreCase) {
+void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
   if (text.empty()) return;
   constexpr int kEntries = 10;
-  auto entry = [&](int i) { return list + static_cast<size_t>(i) * width; };
-  auto equals = [&](int i) {
-    const std::u16string current = FieldText(entry(i), width);
-    if (current.size() != text.size()) return false;
-    for (size_t k = 0; k < text.size(); ++k) {
-      const char16_t a = current[k], b = text[k];
-      if (ignoreCase ? FoldCase(a) != FoldCase(b) : a != b) return false;
-    }
-    return true;
-  };
   int found = kEntries - 1;  // not present: the last entry falls out
   for (int i = 0; i < kEntries; ++i) {
-    if (equals(i)) {
+    if (FieldText(list[i]) == text) {
       found = i;
       break;
     }
   }
-  for (int i = found; i > 0; --i) std::copy_n(entry(i - 1), width, entry(i));
-  SetFieldText(entry(0), width, text);
-}
-
-void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
-  PushMostRecent(&list[0][0], 256, text, false);
+  const std::u16string copy(text);  // the text may lie in the list itself
+  for (int i = found; i > 0; --i) std::copy_n(list[i - 1], 256, list[i]);
+  SetFieldText(list[0], copy);
 }
 
 }  // namespace nebro

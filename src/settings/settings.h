@@ -118,10 +118,9 @@ std::u16string FieldText(const char16_t (&field)[N]) { return FieldText(field, N
 template <size_t N>
 void SetFieldText(char16_t (&field)[N], std::u16string_view text) { SetFieldText(field, N, text); }
 
-// Most-recently-used list of ten entries: an entry equal to the text moves to the top,
-// otherwise the last entry falls out. Entries are truncated to width - 1 units.
-void PushMostRecent(char16_t* list, size_t width, std::u16string_view text, bool ignoreCase);
-// The search dialogs' history helper (10 x 256, case-sensitive).
+// The search dialogs' history helper over ten entries of 256 units: an entry equal to the text
+// (case-sensitive) moves to the top, otherwise the last entry falls out. Copies are truncated to
+// 255 units. (The recent-files list, which ignores case, has its own in document/.)
 void PushRecent(char16_t (&list)[10][256], std::u16string_view text);
 
 }  // namespace nebro

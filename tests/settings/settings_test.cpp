@@ -257,13 +257,4 @@ TEST(RecentLists, PushMovesToTheTopAndKeepsTen) {
 
   PushRecent(list, std::u16string(300, u'x'));
   EXPECT_EQ(FieldText(list[0]).size(), 255u);
-
-  // The recent-files flavour ignores case.
-  char16_t files[10][260] = {};
-  PushMostRecent(&files[0][0], 260, u"/a/Readme.md", true);
-  PushMostRecent(&files[0][0], 260, u"/b", true);
-  PushMostRecent(&files[0][0], 260, u"/A/README.MD", true);
-  EXPECT_EQ(FieldText(files[0]), u"/A/README.MD");
-  EXPECT_EQ(FieldText(files[1]), u"/b");
-  EXPECT_EQ(FieldText(files[2]), u"");
 }

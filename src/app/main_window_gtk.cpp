@@ -321,6 +321,7 @@ bool DispatchCommand(int id) {
 
 bool RequestClose() {
   if (!gMain.window || gMain.destroyed) return false;
+  if (FileLoadInProgress()) return false;  // the window goes once the load has finished
   if (!gViewerMode && !ConfirmLeavingDocument()) return false;
   DestroyMainWindow();
   return true;

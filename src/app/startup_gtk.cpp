@@ -13,6 +13,7 @@
 #include "app/message_box_gtk.h"
 #include "app/startup_rules.h"
 #include "app/trace_gtk.h"
+#include "document/file_load_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -30,7 +31,12 @@ int Fatal(const char* trace, const char* text) {
 }
 
 gboolean OnTerminate(gpointer) {
-  // A signal ends the editor in order: the destroy sequence runs, nothing is asked.
+  // A signal ends the editor in order: the destroy sequence runs, nothing is asked. A load in
+  // progress finishes first.
+  if (FileLoadInProgress()) {
+    g_timeout_add(50, OnTerminate, nullptr);
+    return G_SOURCE_REMOVE;
+  }
   if (gMain.window) DestroyMainWindow();
   else gtk_main_quit();
   return G_SOURCE_REMOVE;

@@ -383,3 +383,42 @@ TEST_F(DocumentOps, SaveAsWritesTheChosenFile) {
   EXPECT_EQ(OpenDocumentFile(dir + "/renamed.md").error, kOpenErrorLocked);
   EXPECT_EQ(OpenDocumentFile(old).error, 0);
 }
+
+TEST_F(DocumentOps, LargeFilesLoadWhileTheWindowKeepsPainting) {
+  std::string text;
+  for (int i = 0; i < 200000; ++i) text += "line " + std::to_string(i) + " of a large file\r\n";
+  const std::string path = Write("large.txt", "\xEF\xBB\xBF" + text);
+  SetBackgroundLoadThreshold(1 << 20);
+
+  // While the load runs, the main loop runs too: a timer sees the progress window.
+  bool sawProgress = false;
+  const guint timer = g_timeout_add(5, [](gpointer seen) -> gboolean {
+    GList* top = gtk_window_list_toplevels();
+    for (GList* l = top; l; l = l->next) {
+      if (std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == "NebroLoadProgress") *static_cast<bool*>(seen) = true;
+    }
+    g_list_free(top);
+    return G_SOURCE_CONTINUE;
+  }, &sawProgress);
+  ASSERT_TRUE(LoadAsDocument(path));
+  g_source_remove(timer);
+  SetBackgroundLoadThreshold(32ull << 20);
+
+  EXPECT_TRUE(sawProgress);
+  EXPECT_FALSE(FileLoadInProgress());
+  EXPECT_TRUE(Text() == text);
+  EXPECT_EQ(gMain.doc.encoding, TextEncoding::Utf8Bom);
+  EXPECT_EQ(Send(gMain.editor, SCI_GETEOLMODE), SC_EOL_CRLF);
+  EXPECT_EQ(Title(), "Nebro - large.txt");
+  EXPECT_FALSE(gMain.doc.modified);
+  EXPECT_EQ(Send(gMain.editor, SCI_CANUNDO), 0);
+
+  // A refused file is refused the same way on this path.
+  const std::string binary = Write("large.bin", std::string("\x7F" "ELF") + std::string(3 << 20, 'x'));
+  SetBackgroundLoadThreshold(1 << 20);
+  EXPECT_FALSE(LoadAsDocument(binary));
+  SetBackgroundLoadThreshold(32ull << 20);
+  ASSERT_FALSE(asked.empty());
+  EXPECT_EQ(asked.back().text, "Cannot open binary file.\n\n");
+  EXPECT_TRUE(Text() == text);  // the editor kept what it had
+}

@@ -20,6 +20,16 @@ void AppendUtf8(std::string& out, char32_t c) {
   }
 }
 
+void AppendUtf16(std::u16string& out, char32_t c) {
+  if (c >= 0x10000) {
+    c -= 0x10000;
+    out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
+    out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
+  } else {
+    out.push_back(static_cast<char16_t>(c));
+  }
+}
+
 char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length) {
   const auto* s = reinterpret_cast<const unsigned char*>(text.data());
   const unsigned char b = s[pos];
@@ -60,15 +70,8 @@ std::u16string Utf8ToUtf16(std::string_view in) {
       continue;
     }
     size_t len;
-    char32_t c = DecodeUtf8At(in, i, &len);
+    AppendUtf16(out, DecodeUtf8At(in, i, &len));
     i += len;
-    if (c >= 0x10000) {
-      c -= 0x10000;
-      out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-      out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
-    } else {
-      out.push_back(static_cast<char16_t>(c));
-    }
   }
   return out;
 }

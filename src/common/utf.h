@@ -20,4 +20,7 @@ std::string Utf16ToUtf8(std::u16string_view utf16);
 // Appends the UTF-8 form of one code point (which must be a scalar value) to `out`.
 void AppendUtf8(std::string& out, char32_t codePoint);
 
+// Appends the UTF-16 form of one code point (a surrogate pair above U+FFFF) to `out`.
+void AppendUtf16(std::u16string& out, char32_t codePoint);
+
 }  // namespace nebro

@@ -1,5 +1,7 @@
 #include "search/regex_replace.h"
 
+#include "common/utf.h"
+
 #include <locale.h>
 #include <wctype.h>
 
@@ -50,21 +52,11 @@ char32_t NextCodePoint(std::u16string_view s, size_t& i) {
   return c;
 }
 
-void AppendCodePoint(std::u16string& out, char32_t c) {
-  if (c >= 0x10000) {
-    c -= 0x10000;
-    out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-    out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
-  } else {
-    out.push_back(static_cast<char16_t>(c));
-  }
-}
-
 template <typename Map>
 std::u16string MapCase(std::u16string_view s, Map map) {
   std::u16string out;
   out.reserve(s.size());
-  for (size_t i = 0; i < s.size();) AppendCodePoint(out, map(NextCodePoint(s, i)));
+  for (size_t i = 0; i < s.size();) AppendUtf16(out, map(NextCodePoint(s, i)));
   return out;
 }
 
@@ -111,7 +103,7 @@ std::u16string ApplyPreserveCase(std::u16string_view replacement, std::u16string
     size_t i = 0;
     const char32_t head = NextCodePoint(out, i);
     std::u16string capital;
-    AppendCodePoint(capital, ToUpper(head));
+    AppendUtf16(capital, ToUpper(head));
     return capital + out.substr(i);
   }
   return std::u16string(replacement);

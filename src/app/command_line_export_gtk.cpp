@@ -4,12 +4,13 @@
 
 #include <cstdio>
 
-#include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
+#include "appearance/font_aliases_gtk.h"
+#include "appearance/lexer_setup_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "common/utf.h"
 #include "document/file_load.h"
-#include "document/file_load_gtk.h"
+#include "document/document_builder_gtk.h"
 #include "export/export_output.h"
 #include "export/export_rules.h"
 #include "export/html_export.h"
@@ -56,10 +57,9 @@ bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledD
   }
   GtkWidget* editor = NewEditor();
   g_object_ref_sink(editor);
-  gMain.editor = editor;
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
   LoadTextIntoEditor(editor, text.data(), text.size());
-  ApplyTheme();
+  ApplyThemeToEditor(editor);
   SetupLexer(editor, path);
   Send(editor, SCI_COLOURISE, 0, -1);
 
@@ -85,7 +85,6 @@ bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledD
                     Send(editor, SCI_STYLEGETBOLD, s) != 0, Send(editor, SCI_STYLEGETITALIC, s) != 0};
   }
   out.lineCount = Send(editor, SCI_GETLINECOUNT);
-  gMain.editor = nullptr;
   g_object_unref(editor);
   return true;
 }

@@ -1,6 +1,7 @@
 #include "app/context_menu.h"
 
-#include "app/commands.h"
+#include "common/command_ids.h"
+#include "common/command_table.h"
 #include "common/utf.h"
 #include "document/document_prompts.h"
 #include "export/export_rules.h"
@@ -9,7 +10,7 @@ namespace nebro {
 
 namespace {
 
-ContextMenuItem Command(std::string label, std::string shortcut, int command, bool greyed = false,
+ContextMenuItem Item(std::string label, std::string shortcut, int command, bool greyed = false,
                         bool checked = false) {
   ContextMenuItem item;
   item.label = std::move(label);
@@ -38,7 +39,7 @@ std::vector<ContextMenuItem> ThemeItems(ThemeId current) {
   if (current >= kThemeCount) current = 0;  // an unknown number is drawn as theme 0
   std::vector<ContextMenuItem> items;
   for (ThemeId id = 0; id < kThemeCount; ++id) {
-    items.push_back(Command(ThemeName(id), "", kCmdThemeFirst + static_cast<int>(id), false, id == current));
+    items.push_back(Item(ThemeName(id), "", kCmdThemeFirst + static_cast<int>(id), false, id == current));
   }
   return items;
 }
@@ -48,7 +49,7 @@ std::vector<ContextMenuItem> TransparencyItems(int current) {
   for (int step = 0; step <= kCmdTransparencyLast - kCmdTransparencyFirst; ++step) {
     const int percent = step * 10;
     const std::string label = percent == 0 ? "0%  (opaque)" : std::to_string(percent) + "%";
-    items.push_back(Command(label, "", kCmdTransparencyFirst + step, false, percent == current));
+    items.push_back(Item(label, "", kCmdTransparencyFirst + step, false, percent == current));
   }
   return items;
 }
@@ -62,12 +63,12 @@ std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
     any = true;
     const bool exists = state.recentFileExists[i];
     items.push_back(Submenu(RecentFileMenuLabel(i, entry, exists),
-                            {Command("Open", "", kCmdRecentOpenFirst + i, !exists),
-                             Command("Remove from list", "", kCmdRecentRemoveFirst + i)}));
+                            {Item("Open", "", kCmdRecentOpenFirst + i, !exists),
+                             Item("Remove from list", "", kCmdRecentRemoveFirst + i)}));
   }
-  if (!any) items.push_back(Command("(empty)", "", 0, true));
+  if (!any) items.push_back(Item("(empty)", "", 0, true));
   items.push_back(Separator());
-  items.push_back(Command("Clear All", "", kCmdRecentClear, !any));
+  items.push_back(Item("Clear All", "", kCmdRecentClear, !any));
   return items;
 }
 
@@ -81,41 +82,40 @@ std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileE
   return label;
 }
 
-std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s) {
+std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const CommandTable& commands) {
   std::vector<ContextMenuItem> menu;
-  menu.push_back(Command("Undo", "Ctrl+Z", kCmdUndo, !s.canUndo));
-  menu.push_back(Command("Redo", "Ctrl+Y", kCmdRedo, !s.canRedo));
+  menu.push_back(Item("Undo", CommandShortcutText(commands, kCmdUndo), kCmdUndo, !s.canUndo));
+  menu.push_back(Item("Redo", CommandShortcutText(commands, kCmdRedo), kCmdRedo, !s.canRedo));
   menu.push_back(Separator());
-  menu.push_back(Command("Cut", "Ctrl+X", kCmdCut, s.selectionEmpty));
-  menu.push_back(Command("Copy", "Ctrl+C", kCmdCopy, s.selectionEmpty));
-  menu.push_back(Command("Paste", "Ctrl+V", kCmdPaste, !s.clipboardHasText));
+  menu.push_back(Item("Cut", CommandShortcutText(commands, kCmdCut), kCmdCut, s.selectionEmpty));
+  menu.push_back(Item("Copy", CommandShortcutText(commands, kCmdCopy), kCmdCopy, s.selectionEmpty));
+  menu.push_back(Item("Paste", CommandShortcutText(commands, kCmdPaste), kCmdPaste, !s.clipboardHasText));
   menu.push_back(Separator());
-  menu.push_back(Command("Select All", "Ctrl+A", kCmdSelectAll, s.documentEmpty));
+  menu.push_back(Item("Select All", CommandShortcutText(commands, kCmdSelectAll), kCmdSelectAll, s.documentEmpty));
   menu.push_back(Separator());
-  menu.push_back(Command("Find & Replace", "Ctrl+H", kCmdFindReplace));
-  // The label names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
-  menu.push_back(Command("Regex Search...", "Ctrl+Shift+H", kCmdRegexSearch));
+  menu.push_back(Item("Find & Replace", CommandShortcutText(commands, kCmdFindReplace), kCmdFindReplace));
+  menu.push_back(Item("Regex Search...", CommandShortcutText(commands, kCmdRegexSearch), kCmdRegexSearch));
   menu.push_back(Separator());
-  menu.push_back(Command("Font...", "Ctrl+Shift+F", kCmdFont));
+  menu.push_back(Item("Font...", CommandShortcutText(commands, kCmdFont), kCmdFont));
   menu.push_back(Separator());
-  menu.push_back(Submenu("View", {Command("Line Numbers", "", kCmdLineNumbers, false, s.lineNumbers),
-                                  Command("Word Wrap", "", kCmdWordWrap, false, s.wordWrap)}));
-  menu.push_back(Submenu("Print", {Command("Page Setup...", "", kCmdPageSetup),
-                                   Command("Print Preview...", "", kCmdPrintPreview),
-                                   Command("Print...", "Ctrl+P", kCmdPrint)}));
+  menu.push_back(Submenu("View", {Item("Line Numbers", "", kCmdLineNumbers, false, s.lineNumbers),
+                                  Item("Word Wrap", "", kCmdWordWrap, false, s.wordWrap)}));
+  menu.push_back(Submenu("Print", {Item("Page Setup...", "", kCmdPageSetup),
+                                   Item("Print Preview...", "", kCmdPrintPreview),
+                                   Item("Print...", CommandShortcutText(commands, kCmdPrint), kCmdPrint)}));
   menu.push_back(Separator());
-  menu.push_back(Command("MD Preview (HTML)", "", kCmdMarkdownPreview, !IsMarkdownPath(s.documentPath)));
+  menu.push_back(Item("MD Preview (HTML)", "", kCmdMarkdownPreview, !IsMarkdownPath(s.documentPath)));
   menu.push_back(Separator());
   menu.push_back(Submenu("Theme", ThemeItems(s.theme)));
   menu.push_back(Submenu("Transparency", TransparencyItems(s.transparency)));
   menu.push_back(Separator());
-  menu.push_back(Command("Save", "Ctrl+S", kCmdSave));
-  menu.push_back(Command("Save As...", "Ctrl+Shift+S", kCmdSaveAs));
+  menu.push_back(Item("Save", CommandShortcutText(commands, kCmdSave), kCmdSave));
+  menu.push_back(Item("Save As...", CommandShortcutText(commands, kCmdSaveAs), kCmdSaveAs));
   menu.push_back(Separator());
   menu.push_back(Submenu("Recent Files", RecentItems(s)));
   menu.push_back(Separator());
-  menu.push_back(Command("New", "Ctrl+N", kCmdNew));
-  menu.push_back(Command("Open...", "Ctrl+O", kCmdOpen));
+  menu.push_back(Item("New", CommandShortcutText(commands, kCmdNew), kCmdNew));
+  menu.push_back(Item("Open...", CommandShortcutText(commands, kCmdOpen), kCmdOpen));
   return menu;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "appearance/themes.h"
+#include "common/command_table.h"
 #include "document/recent_files.h"
 
 namespace nebro {
@@ -47,8 +48,8 @@ struct ContextMenuItem {
   std::vector<ContextMenuItem> items;  // the entries of a submenu
 };
 
-// The whole menu for `state`, top level first.
-std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state);
+// The whole menu for `state`, top level first; the shortcut texts come from `commands`.
+std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state, const CommandTable& commands);
 
 // The label of recent entry `index` (0 to 9): '1' + index, ".  ", the file's display name, and
 // "  ⊗" when the file is missing. Entry 9 therefore starts with ':'.

@@ -8,6 +8,7 @@
 #include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
 #include "common/utf.h"
+#include "gtk/widget_style_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -43,15 +44,6 @@ std::string MenuCss(const ThemeColors& t) {
 void AddCss(GtkWidget* widget, GtkCssProvider* css) {
   gtk_style_context_add_provider(gtk_widget_get_style_context(widget), GTK_STYLE_PROVIDER(css),
                                  GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
-}
-
-void AddCssToTree(GtkWidget* widget, GtkCssProvider* css) {
-  AddCss(widget, css);
-  if (GTK_IS_CONTAINER(widget)) {
-    gtk_container_foreach(GTK_CONTAINER(widget), [](GtkWidget* child, gpointer p) {
-      AddCssToTree(child, static_cast<GtkCssProvider*>(p));
-    }, css);
-  }
 }
 
 GtkWidget* NewLabel(const char* text, float xalign) {
@@ -203,7 +195,7 @@ GtkWidget* CreateContextMenuWidget(const std::vector<ContextMenuItem>& items) {
 GtkWidget* ShowContextMenu(GdkEvent* trigger) {
   GtkWidget* editor = gMain.editor;
   if (gViewerMode || !editor || gMain.destroyed) return nullptr;
-  GtkWidget* menu = CreateContextMenuWidget(BuildContextMenu(ReadContextMenuState()));
+  GtkWidget* menu = CreateContextMenuWidget(BuildContextMenu(ReadContextMenuState(), gMain.commands));
   gtk_widget_set_name(menu, "NebroContextMenu");
   gtk_menu_attach_to_widget(GTK_MENU(menu), editor, nullptr);
   g_signal_connect(menu, "deactivate", G_CALLBACK(OnMenuDeactivate), nullptr);

@@ -1,22 +1,24 @@
 #include "app/main_window_gtk.h"
 
-#include <gdk/gdkkeysyms.h>
-
-#include "app/commands.h"
 #include "app/context_menu_gtk.h"
-#include "app/message_box_gtk.h"
+#include "app/main_commands_gtk.h"
 #include "app/startup_rules.h"
-#include "app/trace_gtk.h"
 #include "app/typewriter_gtk.h"
 #include "app/viewer_launch_gtk.h"
 #include "appearance/line_numbers_gtk.h"
+#include "appearance/reading_look_gtk.h"
 #include "appearance/status_bar_gtk.h"
 #include "appearance/theme_gtk.h"
+#include "appearance/title_bar_gtk.h"
 #include "appearance/toolbar_gtk.h"
+#include "common/command_ids.h"
 #include "common/utf.h"
 #include "document/document_prompts.h"
-#include "document/document_ops_gtk.h"
 #include "document/file_load_gtk.h"
+#include "gtk/accelerators_gtk.h"
+#include "gtk/gtk_ptr.h"
+#include "gtk/message_box_gtk.h"
+#include "gtk/theme_broadcast_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -48,28 +50,35 @@ gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer) {
   return FALSE;
 }
 
+void UpdateStatus() { UpdateStatusBar(gMain.statusBar, gMain.doc.encoding); }
+
+void RefreshToolbar() {
+  // Save is offered while there is something to save; the other buttons always.
+  RefreshToolbarState(gMain.toolbar, [](int id) { return id != kCmdSave || gMain.doc.modified; });
+}
+
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;
   try {
     switch (n->nmhdr.code) {
       case SCN_UPDATEUI:
-        UpdateStatusBar();
-        UpdateMargin();
+        UpdateStatus();
+        UpdateMargin(gMain.margin);
         break;
       case SCN_MODIFIED:
         if (n->modificationType & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) {
           if (!gMain.doc.modified) {
             gMain.doc.modified = true;
             UpdateTitle();
-            RefreshToolbarState();
+            RefreshToolbar();
           }
-          UpdateStatusBar();
-          if (n->linesAdded != 0) UpdateMargin();
+          UpdateStatus();
+          if (n->linesAdded != 0) UpdateMargin(gMain.margin);
         }
         break;
       case SCN_ZOOM:
-        UpdateMargin();
-        UpdateStatusBar();
+        UpdateMargin(gMain.margin);
+        UpdateStatus();
         break;
       default:
         break;
@@ -92,7 +101,7 @@ void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
   if (gtk_window_is_active(GTK_WINDOW(window))) {
     // After the activation has settled, so a box shown from here does not fight it.
     g_idle_add([](gpointer) -> gboolean {
-      if (gMain.window && !gMain.destroyed) CheckDocumentOnActivation();
+      if (gMain.window && !gMain.destroyed) CheckDocumentOnActivation(MainDocumentWindow());
       return G_SOURCE_REMOVE;
     }, nullptr);
   }
@@ -100,79 +109,44 @@ void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
 
 void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSelectionData* data, guint,
                         guint time, gpointer) {
-  gchar** uris = gtk_selection_data_get_uris(data);
+  GStrvPtr uris(gtk_selection_data_get_uris(data));
   std::string path;
-  if (uris && uris[0]) {
+  if (uris && uris.get()[0]) {
     // Only the first dropped file counts.
-    if (gchar* file = g_filename_from_uri(uris[0], nullptr, nullptr)) {
-      path = file;
-      g_free(file);
-    }
+    GCharPtr file(g_filename_from_uri(uris.get()[0], nullptr, nullptr));
+    if (file) path = file.get();
   }
-  g_strfreev(uris);
   gtk_drag_finish(context, !path.empty(), FALSE, time);
   if (!path.empty()) {
     g_idle_add([](gpointer p) -> gboolean {
-      auto* dropped = static_cast<std::string*>(p);
-      if (gMain.window && !gMain.destroyed) OpenDroppedFile(*dropped);
-      delete dropped;
+      std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
+      if (gMain.window && !gMain.destroyed) OpenDroppedFile(MainDocumentWindow(), *dropped);
       return G_SOURCE_REMOVE;
     }, new std::string(path));
   }
 }
 
-gboolean OnAccelerator(GtkAccelGroup*, GObject*, guint, GdkModifierType, gpointer id) {
-  return DispatchCommand(GPOINTER_TO_INT(id));
-}
-
-void AddAccelerator(GtkAccelGroup* group, guint key, GdkModifierType mods, int id) {
-  GClosure* closure = g_cclosure_new(G_CALLBACK(OnAccelerator), GINT_TO_POINTER(id), nullptr);
-  gtk_accel_group_connect(group, key, mods, GTK_ACCEL_VISIBLE, closure);
-}
-
-// The keys of the commands that exist; the others come with their windows.
-GtkAccelGroup* CreateAccelerators() {
-  GtkAccelGroup* group = gtk_accel_group_new();
-  const auto ctrl = GDK_CONTROL_MASK;
-  const auto ctrlShift = static_cast<GdkModifierType>(GDK_CONTROL_MASK | GDK_SHIFT_MASK);
-  AddAccelerator(group, GDK_KEY_n, ctrl, kCmdNew);
-  AddAccelerator(group, GDK_KEY_o, ctrl, kCmdOpen);
-  AddAccelerator(group, GDK_KEY_s, ctrl, kCmdSave);
-  AddAccelerator(group, GDK_KEY_s, ctrlShift, kCmdSaveAs);
-  AddAccelerator(group, GDK_KEY_z, ctrl, kCmdUndo);
-  AddAccelerator(group, GDK_KEY_y, ctrl, kCmdRedo);
-  AddAccelerator(group, GDK_KEY_x, ctrl, kCmdCut);
-  AddAccelerator(group, GDK_KEY_c, ctrl, kCmdCopy);
-  AddAccelerator(group, GDK_KEY_v, ctrl, kCmdPaste);
-  AddAccelerator(group, GDK_KEY_a, ctrl, kCmdSelectAll);
-  return group;
-}
-
-void ShowLineNumbers() {
-  if (!gMain.margin) return;
-  gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
-  UpdateMargin();
-}
-
-void ToggleLineNumbers() {
-  gSettings.lineNumbers = !gSettings.lineNumbers;
-  ShowLineNumbers();
-}
-
-void ToggleWordWrap() {
-  gSettings.wordWrap = !gSettings.wordWrap;
-  Send(gMain.editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-  Send(gMain.editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
-  UpdateMargin();
+void FollowTheme() {
+  if (gViewerMode || !gMain.editor) return;
+  ApplyThemeToEditor(gMain.editor);
+  RepaintChrome();
+  gtk_widget_queue_draw(gMain.window);
 }
 
 }  // namespace
 
+DocumentWindow MainDocumentWindow() {
+  return {GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc, [] {
+            UpdateTitle();
+            RepaintChrome();
+          }};
+}
+
 void RepaintChrome() {
   if (gViewerMode) return;
-  RefreshToolbarState();
-  UpdateStatusBar();
-  UpdateMargin();
+  RefreshToolbar();
+  UpdateStatus();
+  UpdateMargin(gMain.margin);
   for (GtkWidget* w : {gMain.margin, gMain.statusBar, gMain.toolbar}) {
     if (w) gtk_widget_queue_draw(w);
   }
@@ -184,7 +158,7 @@ void ApplyTransparency(int percent) {
 }
 
 void UpdateTitle() {
-  if (gMain.doc.viewerMode) return;
+  if (gMain.doc.viewerMode || !gMain.window) return;
   gtk_window_set_title(GTK_WINDOW(gMain.window), DocumentTitle(gMain.doc).c_str());
 }
 
@@ -195,6 +169,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   gtk_window_set_default_size(GTK_WINDOW(window), width, height);
   if (!defaultPosition) gtk_window_move(GTK_WINDOW(window), x, y);
   gMain.window = window;
+  gMain.destroyed = false;
   gMain.doc.viewerMode = gViewerMode;
   gMain.normalX = x;
   gMain.normalY = y;
@@ -211,15 +186,20 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
     return false;
   }
   gMain.editor = editor;
+  gMain.commands = CommandTable();
+  if (!gViewerMode) {
+    AddMainWindowCommands(gMain.commands);
+    AddDocumentCommands(gMain.commands, MainDocumentWindow());
+  }
   // Toolbar on top, the line-number margin left of the editor, the status bar at the bottom;
   // the viewer has the editor alone.
   GtkWidget* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
   gtk_container_add(GTK_CONTAINER(window), box);
   GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
   if (!gViewerMode) {
-    gMain.toolbar = CreateToolbar();
-    gMain.margin = CreateLineNumberMargin();
-    gMain.statusBar = CreateStatusBar();
+    gMain.toolbar = CreateToolbar(gMain.commands, [](int id) { DispatchCommand(id); });
+    gMain.margin = CreateLineNumberMargin(editor);
+    gMain.statusBar = CreateStatusBar(editor);
     gtk_box_pack_start(GTK_BOX(box), gMain.toolbar, FALSE, FALSE, 0);
     gtk_box_pack_start(GTK_BOX(row), gMain.margin, FALSE, FALSE, 0);
   }
@@ -236,15 +216,16 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   } else {
     Send(editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
     Send(editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
-    Send(editor, SCI_SETEOLMODE, SC_EOL_CRLF);
-    ApplyTheme();
+    // New documents end their lines as every Linux program does; loaded files keep their own.
+    Send(editor, SCI_SETEOLMODE, SC_EOL_LF);
+    ApplyThemeToEditor(editor);
+    SetDarkTitleBar(GetThemeColors().isDark);
+    FollowThemeChanges(window, FollowTheme);
     ApplySystemThemePreference();
     UpdateTitle();
-  }
-
-  if (!gViewerMode) {
-    gMain.accelerators = CreateAccelerators();
+    gMain.accelerators = CreateAccelerators(gMain.commands, DispatchCommand);
     gtk_window_add_accel_group(GTK_WINDOW(window), gMain.accelerators);
+    g_object_unref(gMain.accelerators);  // the window holds it
     // The viewer takes no dropped files.
     gtk_drag_dest_set(window, GTK_DEST_DEFAULT_ALL, nullptr, 0, GDK_ACTION_COPY);
     gtk_drag_dest_add_uri_targets(window);
@@ -257,7 +238,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);
   g_signal_connect(window, "window-state-event", G_CALLBACK(OnWindowState), nullptr);
   gtk_widget_show_all(box);
-  ShowLineNumbers();
+  if (gMain.margin) gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
   RepaintChrome();
   gtk_widget_grab_focus(editor);
   return true;
@@ -265,64 +246,27 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
 
 void OpenFileFromStartup(const std::string& path) {
   if (!gViewerMode) {
-    LoadAsDocument(path);
+    LoadAsDocument(MainDocumentWindow(), path);
     return;
   }
-  if (!FileLoad(path)) return;
-  gMain.doc.path = path;
-  gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + DocumentDisplayName(path)).c_str());
+  FileLoad({GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc}, path, [path](bool loaded) {
+    if (!loaded || !gMain.window) return;
+    gMain.doc.path = path;
+    ApplyReadingLook(gMain.editor);
+    Send(gMain.editor, SCI_SETREADONLY, 1);
+    gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + DocumentDisplayName(path)).c_str());
+  });
 }
 
 bool DispatchCommand(int id) {
-  GtkWidget* e = gMain.editor;
-  if (gViewerMode) return false;  // the viewer has no commands
-  switch (id) {
-    case kCmdNew:
-      if (ConfirmLeavingDocument()) NewDocument();
-      return true;
-    case kCmdOpen:
-      if (ConfirmLeavingDocument()) OpenFileDialog();
-      return true;
-    case kCmdSave: SaveDocument(); RepaintChrome(); return true;
-    case kCmdSaveAs: SaveDocumentAs(); RepaintChrome(); return true;
-    case kCmdExit: RequestClose(); return true;
-    case kCmdLineNumbers: ToggleLineNumbers(); return true;
-    case kCmdRecentClear: ClearRecentFileList(); return true;
-    case kCmdUndo: Send(e, SCI_UNDO); return true;
-    case kCmdRedo: Send(e, SCI_REDO); return true;
-    case kCmdCut: Send(e, SCI_CUT); return true;
-    case kCmdCopy: Send(e, SCI_COPY); return true;
-    case kCmdPaste: Send(e, SCI_PASTE); return true;
-    case kCmdSelectAll: Send(e, SCI_SELECTALL); return true;
-    case kCmdWordWrap: ToggleWordWrap(); return true;
-    default: break;
-  }
-  if (id >= kCmdThemeFirst && id <= kCmdThemeLast) {
-    SetTheme(static_cast<ThemeId>(id - kCmdThemeFirst), true);
-    gtk_widget_queue_draw(gMain.window);
-    return true;
-  }
-  if (id >= kCmdRecentOpenFirst && id < kCmdRecentOpenFirst + 10) {
-    OpenRecentFile(id - kCmdRecentOpenFirst);
-    return true;
-  }
-  if (id >= kCmdRecentRemoveFirst && id < kCmdRecentRemoveFirst + 10) {
-    RemoveRecentFileEntry(id - kCmdRecentRemoveFirst);
-    return true;
-  }
-  if (id >= kCmdTransparencyFirst && id <= kCmdTransparencyLast) {
-    gSettings.transparency = (id - kCmdTransparencyFirst) * 10;
-    ApplyTransparency(gSettings.transparency);
-    SaveSettings(gSettings);
-    return true;
-  }
-  return false;
+  if (gViewerMode || !gMain.window || gMain.destroyed) return false;  // the viewer has no commands
+  return RunCommand(gMain.commands, id);
 }
 
 bool RequestClose() {
   if (!gMain.window || gMain.destroyed) return false;
   if (FileLoadInProgress()) return false;  // the window goes once the load has finished
-  if (!gViewerMode && !ConfirmLeavingDocument()) return false;
+  if (!gViewerMode && !ConfirmLeavingDocument(MainDocumentWindow())) return false;
   DestroyMainWindow();
   return true;
 }
@@ -333,6 +277,7 @@ void DestroyMainWindow() {
   CloseDocumentLock(gMain.doc);
   EndViewer();
   if (!gViewerMode) {
+    RestartAutoSaveTimer(MainDocumentWindow(), 0);
     // Theme, wrap, line numbers and font live in the settings record already.
     gSettings.windowMaximized = gMain.maximized;
     gSettings.windowX = gMain.normalX;
@@ -343,9 +288,23 @@ void DestroyMainWindow() {
     SaveSettings(gSettings);
   }
   gtk_widget_destroy(gMain.window);
-  gMain.window = nullptr;
-  gMain.editor = nullptr;
-  gtk_main_quit();
+  gMain.window = gMain.editor = gMain.margin = gMain.toolbar = gMain.statusBar = nullptr;
+  gMain.accelerators = nullptr;
+  gMain.commands = CommandTable();
+  if (gtk_main_level() > 0) gtk_main_quit();
+}
+
+void ResetMainWindowState() {
+  if (gMain.window) {
+    CloseDocumentLock(gMain.doc);
+    RestartAutoSaveTimer(MainDocumentWindow(), 0);
+    gtk_widget_destroy(gMain.window);
+  }
+  gMain = MainWindow();
+  gViewerMode = false;
+  SetDefaultSettings(gSettings);
+  gThemeChosenByUser = true;
+  SetMessageBoxHook(nullptr);
 }
 
 }  // namespace nebro

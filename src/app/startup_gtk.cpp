@@ -10,11 +10,13 @@
 
 #include "app/command_line_export_gtk.h"
 #include "app/main_window_gtk.h"
-#include "app/message_box_gtk.h"
+#include "gtk/message_box_gtk.h"
 #include "app/startup_rules.h"
-#include "app/trace_gtk.h"
+#include "gtk/trace_gtk.h"
+#include "appearance/current_theme.h"
+#include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
-#include "appearance/theme_gtk.h"
+#include "gtk/progress_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
@@ -80,7 +82,7 @@ int RunNebro(int argc, char** argv) {
   }
   const std::vector<std::string> args(argv, argv + argc);
 
-  Trace("Nebro: wWinMain started");
+  Trace("Nebro: Started");
   Trace("Nebro: Loading settings");
   if (const gchar* root = g_get_user_config_dir()) SetConfigRoot(root);
   LoadSettings(gSettings);
@@ -96,7 +98,7 @@ int RunNebro(int argc, char** argv) {
   gViewerMode = startup.viewerMode;
   if (gViewerMode) Trace("Nebro: Viewer mode enabled");
 
-  Trace("Nebro: Initializing common controls");
+  Trace("Nebro: Loading font aliases");
   LoadFontAliases();
 
   Trace("Nebro: Loading libscintilla.so");
@@ -124,21 +126,15 @@ int RunNebro(int argc, char** argv) {
     Trace("Nebro: CreateLexer function found");
   }
 
-  Trace("Nebro: Initializing critical section");
-  Trace("Nebro: Registering Scintilla window class");
-  Trace("Nebro: Loading accelerators");
-  Trace("Nebro: Registering main window class");
-  Trace("Nebro: Window class registered");
-
   Trace("Nebro: Creating main window");
   int x = kDefaultPosition, y = kDefaultPosition, width, height;
   bool defaultPosition = false;
   if (gViewerMode) {
-    Trace("Nebro: Viewer mode - getting window position from STARTUPINFO");
+    Trace("Nebro: Viewer mode - window place from the launching editor");
     if (startup.viewerGeometry) {
       x = startup.viewerGeometry->x;
       y = startup.viewerGeometry->y;
-      Trace("Nebro: Using position from STARTUPINFO");
+      Trace("Nebro: Using the position given by the editor");
     } else {
       defaultPosition = true;
       Trace("Nebro: Using default position");
@@ -152,13 +148,14 @@ int RunNebro(int argc, char** argv) {
     height = gSettings.windowHeight;
     if (gSettings.windowX == kDefaultPosition || gSettings.windowY == kDefaultPosition) {
       defaultPosition = true;
-      Trace("Nebro: Using default position (CW_USEDEFAULT)");
+      Trace("Nebro: Position left to the window manager");
     } else {
       x = gSettings.windowX;
       y = gSettings.windowY;
     }
   }
-  Trace("Nebro: Window size: %d x %d, pos: %d, %d", width, height, x, y);
+  if (defaultPosition) Trace("Nebro: Window size: %d x %d", width, height);
+  else Trace("Nebro: Window size: %d x %d, pos: %d, %d", width, height, x, y);
 
   if (!CreateMainWindow("Nebro - Viewer", x, y, width, height, defaultPosition)) {
     sci::UnloadLexilla();

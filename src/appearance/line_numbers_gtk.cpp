@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "app/gtk_util_gtk.h"
-#include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
+#include "gtk/drawing_gtk.h"
+#include "gtk/gtk_ptr.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
@@ -18,18 +18,16 @@ namespace {
 using namespace sci;
 
 constexpr const char* kWidthKey = "nebro-margin-width";
+constexpr const char* kEditorKey = "nebro-margin-editor";
 // The face name is handed over as at most this many UTF-8 bytes.
 constexpr size_t kFaceBytes = 31;
 constexpr int kWheelLines = 3;
-
-struct FontDescriptionFree {
-  void operator()(PangoFontDescription* d) const { pango_font_description_free(d); }
-};
 
 int RememberedWidth(GtkWidget* margin) { return GPOINTER_TO_INT(g_object_get_data(G_OBJECT(margin), kWidthKey)); }
 void RememberWidth(GtkWidget* margin, int width) {
   g_object_set_data(G_OBJECT(margin), kWidthKey, GINT_TO_POINTER(width));
 }
+GtkWidget* EditorOf(GtkWidget* margin) { return static_cast<GtkWidget*>(g_object_get_data(G_OBJECT(margin), kEditorKey)); }
 
 std::string FaceName() {
   std::string face = Utf16ToUtf8(FieldText(gSettings.fontName));
@@ -43,18 +41,12 @@ std::string FaceName() {
 
 // The same face the editor asks Pango for, so that a missing font falls back to the same
 // substitute in both and the rows keep their height.
-std::unique_ptr<PangoFontDescription, FontDescriptionFree> NumberFont(int zoom) {
-  std::unique_ptr<PangoFontDescription, FontDescriptionFree> font(pango_font_description_new());
+FontDescriptionPtr NumberFont(int zoom) {
+  FontDescriptionPtr font(pango_font_description_new());
   pango_font_description_set_family(font.get(), FaceName().c_str());
   pango_font_description_set_weight(font.get(), PANGO_WEIGHT_NORMAL);
   pango_font_description_set_size(font.get(), MarginFontPoints(gSettings.fontSize, zoom) * PANGO_SCALE);
   return font;
-}
-
-void FillRect(cairo_t* cr, double x, double y, double w, double h, Colour c) {
-  SetSourceColour(cr, c);
-  cairo_rectangle(cr, x, y, w, h);
-  cairo_fill(cr);
 }
 
 // Painted into GTK's off-screen buffer of the widget, which is shown in one step.
@@ -65,7 +57,7 @@ gboolean OnDraw(GtkWidget* margin, cairo_t* cr, gpointer) {
     const int height = gtk_widget_get_allocated_height(margin);
     FillRect(cr, 0, 0, width, height, theme.lineNumberBackground);
     FillRect(cr, width - 1, 0, 1, height, theme.border);
-    GtkWidget* e = gMain.editor;
+    GtkWidget* e = EditorOf(margin);
     if (!e) return TRUE;
 
     GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(margin, nullptr));
@@ -107,28 +99,30 @@ gboolean OnDraw(GtkWidget* margin, cairo_t* cr, gpointer) {
 }
 
 // A click only hands the keyboard back to the editor: no line selection, no bookmarks.
-gboolean OnButtonPress(GtkWidget*, GdkEventButton*, gpointer) {
-  if (gMain.editor) gtk_widget_grab_focus(gMain.editor);
+gboolean OnButtonPress(GtkWidget* margin, GdkEventButton*, gpointer) {
+  if (GtkWidget* editor = EditorOf(margin)) gtk_widget_grab_focus(editor);
   return TRUE;
 }
 
-gboolean OnScroll(GtkWidget*, GdkEventScroll* event, gpointer) {
-  if (!gMain.editor) return FALSE;
+gboolean OnScroll(GtkWidget* margin, GdkEventScroll* event, gpointer) {
+  GtkWidget* editor = EditorOf(margin);
+  if (!editor) return FALSE;
   long lines = 0;
   if (event->direction == GDK_SCROLL_UP) lines = -kWheelLines;
   else if (event->direction == GDK_SCROLL_DOWN) lines = kWheelLines;
   else if (event->direction == GDK_SCROLL_SMOOTH) lines = std::lround(event->delta_y * kWheelLines);
-  if (lines != 0) Send(gMain.editor, SCI_LINESCROLL, 0, lines);
+  if (lines != 0) Send(editor, SCI_LINESCROLL, 0, lines);
   return TRUE;
 }
 
 }  // namespace
 
-GtkWidget* CreateLineNumberMargin() {
+GtkWidget* CreateLineNumberMargin(GtkWidget* editor) {
   GtkWidget* margin = gtk_drawing_area_new();
   gtk_widget_set_name(margin, "NebroMargin");
   gtk_widget_add_events(margin, GDK_BUTTON_PRESS_MASK | GDK_SCROLL_MASK);
-  const int width = MarginWidth();
+  g_object_set_data(G_OBJECT(margin), kEditorKey, editor);
+  const int width = MarginWidth(editor);
   RememberWidth(margin, width);
   gtk_widget_set_size_request(margin, width, -1);
   g_signal_connect(margin, "draw", G_CALLBACK(OnDraw), nullptr);
@@ -137,18 +131,16 @@ GtkWidget* CreateLineNumberMargin() {
   return margin;
 }
 
-int MarginWidth() {
-  GtkWidget* e = gMain.editor;
+int MarginWidth(GtkWidget* e) {
   if (!gSettings.lineNumbers || !e) return 0;
   const long lines = static_cast<long>(Send(e, SCI_GETLINECOUNT));
   const int nine = static_cast<int>(SendPtr(e, SCI_TEXTWIDTH, STYLE_LINENUMBER, "9"));
   return MarginWidth(lines, nine);
 }
 
-void UpdateMargin() {
-  GtkWidget* margin = gMain.margin;
+void UpdateMargin(GtkWidget* margin) {
   if (!gSettings.lineNumbers || !margin) return;
-  const int width = MarginWidth();
+  const int width = MarginWidth(EditorOf(margin));
   if (width != RememberedWidth(margin)) {
     RememberWidth(margin, width);
     gtk_widget_set_size_request(margin, width, -1);  // queues a new layout of the window

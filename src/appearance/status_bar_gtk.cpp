@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "app/gtk_util_gtk.h"
-#include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
+#include "gtk/drawing_gtk.h"
+#include "gtk/gtk_ptr.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
 namespace nebro {
@@ -17,6 +17,7 @@ constexpr const char* kStateKey = "nebro-status-bar";
 constexpr int kGripSize = 14;
 
 struct StatusBarState {
+  GtkWidget* editor;  // the editor whose caret and document the parts describe
   StatusTexts texts;
 };
 
@@ -46,12 +47,6 @@ GtkWindow* ResizableToplevel(GtkWidget* widget) {
   if (!GTK_IS_WINDOW(top) || !gtk_window_get_resizable(GTK_WINDOW(top))) return nullptr;
   if (gtk_window_is_maximized(GTK_WINDOW(top))) return nullptr;
   return GTK_WINDOW(top);
-}
-
-void FillRect(cairo_t* cr, double x, double y, double w, double h, Colour c) {
-  SetSourceColour(cr, c);
-  cairo_rectangle(cr, x, y, w, h);
-  cairo_fill(cr);
 }
 
 // Six dots in a triangle at the bottom-right corner.
@@ -124,11 +119,11 @@ void OnStyleUpdated(GtkWidget* widget, gpointer) { FitHeightToFont(widget); }
 
 }  // namespace
 
-GtkWidget* CreateStatusBar() {
+GtkWidget* CreateStatusBar(GtkWidget* editor) {
   GtkWidget* widget = gtk_drawing_area_new();
   gtk_widget_set_name(widget, "NebroStatusBar");
   gtk_widget_add_events(widget, GDK_BUTTON_PRESS_MASK);
-  g_object_set_data_full(G_OBJECT(widget), kStateKey, new StatusBarState,
+  g_object_set_data_full(G_OBJECT(widget), kStateKey, new StatusBarState{editor, {}},
                          [](gpointer p) { delete static_cast<StatusBarState*>(p); });
   FitHeightToFont(widget);
   g_signal_connect(widget, "draw", G_CALLBACK(OnDraw), nullptr);
@@ -137,9 +132,9 @@ GtkWidget* CreateStatusBar() {
   return widget;
 }
 
-void UpdateStatusBar() {
-  StatusBarState* state = StateOf(gMain.statusBar);
-  GtkWidget* e = gMain.editor;
+void UpdateStatusBar(GtkWidget* statusBar, TextEncoding encoding) {
+  StatusBarState* state = StateOf(statusBar);
+  GtkWidget* e = state ? state->editor : nullptr;
   if (!state || !e) return;
   StatusInput in;
   const sptr_t caret = Send(e, SCI_GETCURRENTPOS);
@@ -149,18 +144,18 @@ void UpdateStatusBar() {
   in.column = static_cast<long>(Send(e, SCI_GETCOLUMN, static_cast<uptr_t>(caret)));
   const sptr_t start = Send(e, SCI_GETSELECTIONSTART), end = Send(e, SCI_GETSELECTIONEND);
   if (end > start) in.selectedCharacters = static_cast<long>(Send(e, SCI_COUNTCHARACTERS, static_cast<uptr_t>(start), end));
-  in.encoding = static_cast<int>(gMain.doc.encoding);
+  in.encoding = static_cast<int>(encoding);
   in.eolMode = static_cast<int>(Send(e, SCI_GETEOLMODE));
   in.zoom = static_cast<int>(Send(e, SCI_GETZOOM));
   StatusTexts texts = MakeStatusTexts(in);
   if (texts != state->texts) {
     state->texts = std::move(texts);
-    gtk_widget_queue_draw(gMain.statusBar);
+    gtk_widget_queue_draw(statusBar);
   }
 }
 
-StatusTexts StatusBarTexts() {
-  const StatusBarState* state = StateOf(gMain.statusBar);
+StatusTexts StatusBarTexts(GtkWidget* statusBar) {
+  const StatusBarState* state = StateOf(statusBar);
   return state ? state->texts : StatusTexts{};
 }
 

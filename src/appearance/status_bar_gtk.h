@@ -5,18 +5,20 @@
 #include <gtk/gtk.h>
 
 #include "appearance/status_bar.h"
+#include "document/text_decode.h"
 
 namespace nebro {
 
-// A new "NebroStatusBar" drawing area with empty parts; its height follows the desktop font.
-GtkWidget* CreateStatusBar();
+// A new "NebroStatusBar" drawing area describing `editor`, with empty parts; its height follows
+// the desktop font.
+GtkWidget* CreateStatusBar(GtkWidget* editor);
 
-// Recomputes the five parts of gMain.statusBar from gMain.editor and gMain.doc and repaints
-// when a text changed. Does nothing while the status bar or the editor does not exist.
-void UpdateStatusBar();
+// Recomputes the five parts from the editor and the document's encoding and repaints when a text
+// changed. Does nothing for a null status bar.
+void UpdateStatusBar(GtkWidget* statusBar, TextEncoding encoding);
 
-// The texts the status bar shows now (all empty while there is no status bar).
-StatusTexts StatusBarTexts();
+// The texts the status bar shows now (all empty for a null status bar).
+StatusTexts StatusBarTexts(GtkWidget* statusBar);
 
 // The parts' right edges as painted at the widget's current width (the last is -1).
 std::array<int, kStatusPartCount> StatusBarPartEdges(GtkWidget* statusBar);

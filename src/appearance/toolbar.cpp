@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 
 namespace nebro {
 namespace {
@@ -23,16 +23,15 @@ Colour MixFifths(Colour a, Colour b, unsigned weight) {
 
 }  // namespace
 
-Toolbar MakeToolbar() {
+const std::array<int, kToolbarButtonCount> kToolbarCommands = {kCmdNew, kCmdOpen, kCmdSave,
+                                                               kCmdExport, kCmdSettings, kCmdHelp};
+
+Toolbar MakeToolbar(const CommandTable& commands) {
   Toolbar t;
-  t.buttons = {{
-      {kCmdNew, "New", {}, true, false},
-      {kCmdOpen, "Open", {}, true, false},
-      {kCmdSave, "Save", {}, false, false},
-      {kCmdExport, "Export", {}, true, false},
-      {kCmdSettings, "Settings", {}, true, false},
-      {kCmdHelp, "Help", {}, true, false},
-  }};
+  for (int i = 0; i < kToolbarButtonCount; ++i) {
+    const Command* c = FindCommand(commands, kToolbarCommands[i]);
+    t.buttons[i] = {static_cast<uint32_t>(kToolbarCommands[i]), c ? c->label : std::string(), {}, true, false};
+  }
   LayoutToolbar(t, 0);
   return t;
 }
@@ -53,11 +52,11 @@ int ToolbarHitTest(const Toolbar& toolbar, int x, int y) {
   return -1;
 }
 
-bool UpdateToolbarEnabled(Toolbar& toolbar, bool documentModified) {
+bool UpdateToolbarEnabled(Toolbar& toolbar, const std::function<bool(int)>& isEnabled) {
   bool changed = false;
   for (int i = 0; i < kToolbarButtonCount; ++i) {
-    const bool enabled = i == kToolbarSaveIndex ? documentModified : true;
     ToolbarButton& b = toolbar.buttons[i];
+    const bool enabled = isEnabled(static_cast<int>(b.commandId));
     if (b.enabled != enabled) {
       b.enabled = enabled;
       changed = true;

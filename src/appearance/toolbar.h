@@ -4,8 +4,11 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <string>
 
 #include "appearance/themes.h"
+#include "common/command_table.h"
 
 namespace nebro {
 
@@ -31,7 +34,7 @@ struct ToolbarRect {
 
 struct ToolbarButton {
   uint32_t commandId;
-  const char* label;
+  std::string label;
   ToolbarRect rect;
   bool enabled;
   bool pressed;
@@ -42,9 +45,12 @@ struct Toolbar {
   int hot = -1;  // the enabled button under the mouse, -1 for none
 };
 
-// The six buttons in their order (New, Open, Save, Export, Settings, Help), laid out for a zero
-// width, Save disabled (a fresh document is unmodified), nothing hot or pressed.
-Toolbar MakeToolbar();
+// The commands of the six buttons, in their order.
+extern const std::array<int, kToolbarButtonCount> kToolbarCommands;
+
+// The six buttons in their order (New, Open, Save, Export, Settings, Help), labelled from the
+// command table, laid out for a zero width, all enabled, nothing hot or pressed.
+Toolbar MakeToolbar(const CommandTable& commands);
 
 // The six rectangles for a client width: 75 x 30 pixels from y = 6, 8 apart, the row centred but
 // never starting left of x = 8 (a narrow window lets it run past the right edge).
@@ -53,9 +59,8 @@ void LayoutToolbar(Toolbar& toolbar, int clientWidth);
 // The enabled button containing the point, or -1. Disabled buttons are not hit.
 int ToolbarHitTest(const Toolbar& toolbar, int x, int y);
 
-// Save is enabled only while the document is modified; every other button always.
-// Returns true when a flag changed.
-bool UpdateToolbarEnabled(Toolbar& toolbar, bool documentModified);
+// Each button takes the enabled rule of its command. Returns true when a flag changed.
+bool UpdateToolbarEnabled(Toolbar& toolbar, const std::function<bool(int commandId)>& enabled);
 
 // Colours of the strip behind the buttons.
 struct ToolbarChrome {

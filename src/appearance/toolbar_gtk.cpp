@@ -3,23 +3,27 @@
 #include <cmath>
 #include <memory>
 
-#include "app/gtk_util_gtk.h"
-#include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
+#include "gtk/drawing_gtk.h"
+#include "gtk/gtk_ptr.h"
 
 namespace nebro {
 namespace {
 
 constexpr const char* kStateKey = "nebro-toolbar";
 
-ToolbarCommandSink gCommandSink;
-
-struct FontDescriptionFree {
-  void operator()(PangoFontDescription* d) const { pango_font_description_free(d); }
+struct ToolbarWidgetState {
+  Toolbar toolbar;
+  ToolbarCommandSink sink;
 };
 
+ToolbarWidgetState* WidgetStateOf(GtkWidget* widget) {
+  return widget ? static_cast<ToolbarWidgetState*>(g_object_get_data(G_OBJECT(widget), kStateKey)) : nullptr;
+}
+
 Toolbar* StateOf(GtkWidget* widget) {
-  return widget ? static_cast<Toolbar*>(g_object_get_data(G_OBJECT(widget), kStateKey)) : nullptr;
+  ToolbarWidgetState* state = WidgetStateOf(widget);
+  return state ? &state->toolbar : nullptr;
 }
 
 void Repaint(GtkWidget* widget) { gtk_widget_queue_draw(widget); }
@@ -53,16 +57,6 @@ void SetHot(GtkWidget* widget, Toolbar& t, int hot) {
   Repaint(widget);
 }
 
-void SendCommand(int id) {
-  if (gCommandSink) gCommandSink(id);
-  else DispatchCommand(id);
-}
-
-void FillRect(cairo_t* cr, double x, double y, double w, double h, Colour c) {
-  SetSourceColour(cr, c);
-  cairo_rectangle(cr, x, y, w, h);
-  cairo_fill(cr);
-}
 
 void DrawButton(cairo_t* cr, PangoLayout* layout, const ToolbarButton& b, const ToolbarButtonLook& look) {
   const ToolbarRect& r = b.rect;
@@ -80,7 +74,7 @@ void DrawButton(cairo_t* cr, PangoLayout* layout, const ToolbarButton& b, const 
   if (look.accentLine) FillRect(cr, lineLeft, r.top + 1, lineWidth, 2, look.accent);
   if (look.highlightLine) FillRect(cr, lineLeft, r.top + 1, lineWidth, 1, look.highlight);
 
-  pango_layout_set_text(layout, b.label, -1);
+  pango_layout_set_text(layout, b.label.c_str(), -1);
   PangoRectangle ink, logical;
   pango_layout_get_pixel_extents(layout, &ink, &logical);
   SetSourceColour(cr, look.text);
@@ -104,7 +98,7 @@ gboolean OnDraw(GtkWidget* widget, cairo_t* cr, gpointer) {
     FillRect(cr, 0, height - 1, width, 1, chrome.bottomLine);
 
     GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(widget, nullptr));
-    std::unique_ptr<PangoFontDescription, FontDescriptionFree> font(pango_font_description_new());
+    FontDescriptionPtr font(pango_font_description_new());
     pango_font_description_set_family(font.get(), kToolbarFontFace);
     pango_font_description_set_weight(font.get(), PANGO_WEIGHT_NORMAL);
     pango_font_description_set_absolute_size(font.get(), kToolbarFontPixels * PANGO_SCALE);
@@ -159,7 +153,8 @@ gboolean OnButtonPress(GtkWidget* widget, GdkEventButton* event, gpointer) {
     b.pressed = false;
     Repaint(widget);
     // The command may do anything, including replacing the toolbar: nothing of it is used after.
-    SendCommand(static_cast<int>(b.commandId));
+    const ToolbarCommandSink sink = WidgetStateOf(widget)->sink;
+    if (sink) sink(static_cast<int>(b.commandId));
   } catch (...) {
     g_warning("Nebro: a toolbar command failed");
   }
@@ -177,15 +172,15 @@ gboolean OnButtonRelease(GtkWidget* widget, GdkEventButton* event, gpointer) {
 
 }  // namespace
 
-GtkWidget* CreateToolbar() {
+GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
   GtkWidget* widget = gtk_drawing_area_new();
   gtk_widget_set_name(widget, "NebroToolbar");
   gtk_widget_set_size_request(widget, -1, kToolbarHeight);
   gtk_widget_add_events(widget, GDK_POINTER_MOTION_MASK | GDK_LEAVE_NOTIFY_MASK | GDK_BUTTON_PRESS_MASK |
                                     GDK_BUTTON_RELEASE_MASK);
-  auto* state = new Toolbar(MakeToolbar());
-  UpdateToolbarEnabled(*state, gMain.doc.modified);
-  g_object_set_data_full(G_OBJECT(widget), kStateKey, state, [](gpointer p) { delete static_cast<Toolbar*>(p); });
+  auto* state = new ToolbarWidgetState{MakeToolbar(commands), std::move(sink)};
+  g_object_set_data_full(G_OBJECT(widget), kStateKey, state,
+                         [](gpointer p) { delete static_cast<ToolbarWidgetState*>(p); });
   g_signal_connect(widget, "draw", G_CALLBACK(OnDraw), nullptr);
   g_signal_connect(widget, "size-allocate", G_CALLBACK(OnSizeAllocate), nullptr);
   g_signal_connect(widget, "motion-notify-event", G_CALLBACK(OnMotion), nullptr);
@@ -195,18 +190,15 @@ GtkWidget* CreateToolbar() {
   return widget;
 }
 
-void RefreshToolbarState() {
-  GtkWidget* widget = gMain.toolbar;
+void RefreshToolbarState(GtkWidget* widget, const std::function<bool(int)>& enabled) {
   Toolbar* t = StateOf(widget);
   if (!t) return;
   const int hotBefore = t->hot;
-  UpdateToolbarEnabled(*t, gMain.doc.modified);
+  UpdateToolbarEnabled(*t, enabled);
   if (t->hot != hotBefore) UpdateCursor(widget, *t);
   Repaint(widget);
 }
 
 const Toolbar* ToolbarState(GtkWidget* toolbar) { return StateOf(toolbar); }
-
-void SetToolbarCommandSink(ToolbarCommandSink sink) { gCommandSink = std::move(sink); }
 
 }  // namespace nebro

@@ -9,19 +9,17 @@
 
 namespace nebro {
 
-// A new "NebroToolbar" drawing area. Its buttons send their command ids through the command
-// sink (DispatchCommand unless replaced). Save starts disabled.
-GtkWidget* CreateToolbar();
+// Where a pressed button's command goes.
+using ToolbarCommandSink = std::function<void(int commandId)>;
 
-// Re-evaluates the enabled flags of gMain.toolbar (Save follows gMain.doc.modified) and
-// repaints it. Does nothing while there is no toolbar.
-void RefreshToolbarState();
+// A new "NebroToolbar" drawing area with the buttons labelled from `commands`. A pressed button
+// sends its command id to `sink`.
+GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink);
+
+// Re-evaluates the buttons' enabled flags and repaints. Does nothing for a null toolbar.
+void RefreshToolbarState(GtkWidget* toolbar, const std::function<bool(int commandId)>& enabled);
 
 // The buttons' state as the widget holds it (null for a widget that is not a toolbar).
 const Toolbar* ToolbarState(GtkWidget* toolbar);
-
-// Where button commands go; by default DispatchCommand. Tests record them instead.
-using ToolbarCommandSink = std::function<void(int commandId)>;
-void SetToolbarCommandSink(ToolbarCommandSink sink);
 
 }  // namespace nebro

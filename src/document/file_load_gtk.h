@@ -1,25 +1,31 @@
-// Loading a file into the editor, with the refusals shown in message boxes.
+// Loading a file into the editor, with the refusals shown in message boxes. Large files load on
+// a worker under a progress window while the editor keeps painting.
 #pragma once
 
 #include <gtk/gtk.h>
 
-#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
-#include "app/document_state.h"
+#include "document/document_state.h"
 
 namespace nebro {
 
-// True when the file is now in the editor. On false the editor and the document state are
-// unchanged and the user has been told why (except for a load already in progress).
-bool FileLoad(const std::string& path);
+// The window a load reports to, the editor it fills and the document it describes.
+struct LoadTarget {
+  GtkWindow* owner = nullptr;
+  GtkWidget* editor = nullptr;
+  DocumentState* doc = nullptr;
+};
 
-// Replaces the editor's document by a fresh one holding `text`: empty undo history, caret at 0.
-// The old document's memory goes with it.
-void LoadTextIntoEditor(GtkWidget* editor, const char* text, size_t length);
+// Loads `path` into the editor. On success the document's encoding and lock are the new file's
+// (its path is the caller's to set) and `done(true)` runs; on failure the editor and the
+// document are unchanged, the user has been told why (except for a load already in progress)
+// and `done(false)` runs. Small files finish before FileLoad returns; large ones later.
+void FileLoad(const LoadTarget& target, const std::string& path, std::function<void(bool loaded)> done);
 
-// True while a file is being loaded (a large one loads while the main loop runs).
+// True while a file is being loaded.
 bool FileLoadInProgress();
 
 // Files of at least this many bytes load on a worker under a progress window.
@@ -27,5 +33,8 @@ void SetBackgroundLoadThreshold(uint64_t bytes);
 
 // Closes the document's lock, if any.
 void CloseDocumentLock(DocumentState& doc);
+
+// Clears the search highlights (indicators 8, 9 and 10) over the whole text.
+void ClearSearchIndicators(GtkWidget* editor);
 
 }  // namespace nebro

@@ -88,19 +88,19 @@ CreateLexerFunction CreateLexerFn() { return createLexer; }
 
 GtkWidget* NewEditor() { return newEditor ? newEditor() : nullptr; }
 
-sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam) {
+sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam, std::source_location where) {
   if (!sendMessage || !editor) return 0;
   const sptr_t result = sendMessage(editor, message, wParam, lParam);
-#ifndef NDEBUG
+  // One more call per message is cheap next to what any message does, and a failure (memory
+  // running out while a document grows) must not pass unnoticed in the builds users run.
   if (message != SCI_GETSTATUS) {
     const sptr_t status = sendMessage(editor, SCI_GETSTATUS, 0, 0);
     if (status != SC_STATUS_OK && status < SC_STATUS_WARN_START) {
-      g_warning("Nebro: Scintilla message %u failed with status %ld", message,
-                static_cast<long>(status));
+      g_warning("Nebro: Scintilla message %u failed with status %ld at %s:%u", message,
+                static_cast<long>(status), where.file_name(), static_cast<unsigned>(where.line()));
       sendMessage(editor, SCI_SETSTATUS, SC_STATUS_OK, 0);
     }
   }
-#endif
   return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtk/gtk.h>
 
+#include <source_location>
 #include <string>
 
 #include "scintilla/scintilla_api.h"
@@ -25,15 +26,18 @@ CreateLexerFunction CreateLexerFn();
 // A new editor widget, or null when the library is not loaded.
 GtkWidget* NewEditor();
 
-// Sends a message to an editor widget. In debug builds a failure status is logged with the
-// caller's place.
-sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam = 0, sptr_t lParam = 0);
+// Sends a message to an editor widget. A failure status is logged with the caller's file and
+// line, and cleared.
+sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam = 0, sptr_t lParam = 0,
+            std::source_location where = std::source_location::current());
 
-inline sptr_t Send(GtkWidget* editor, long message, uptr_t wParam = 0, sptr_t lParam = 0) {
-  return Send(editor, static_cast<unsigned int>(message), wParam, lParam);
+inline sptr_t Send(GtkWidget* editor, long message, uptr_t wParam = 0, sptr_t lParam = 0,
+                   std::source_location where = std::source_location::current()) {
+  return Send(editor, static_cast<unsigned int>(message), wParam, lParam, where);
 }
-inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void* p) {
-  return Send(editor, static_cast<unsigned int>(message), wParam, reinterpret_cast<sptr_t>(p));
+inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void* p,
+                      std::source_location where = std::source_location::current()) {
+  return Send(editor, static_cast<unsigned int>(message), wParam, reinterpret_cast<sptr_t>(p), where);
 }
 
 // The folder of the running executable (for the "beside the executable" search).

@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 #include "app/context_menu_gtk.h"
 #include "app/main_window_gtk.h"
-#include "app/message_box_gtk.h"
+#include "gtk/message_box_gtk.h"
 #include "appearance/current_theme.h"
 #include "common/utf.h"
 #include "document/document_ops_gtk.h"

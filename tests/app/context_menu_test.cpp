@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 
 using namespace nebro;
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 #include "appearance/current_theme.h"
 #include "toolbar_harness.h"
 

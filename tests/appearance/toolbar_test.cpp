@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 
 using namespace nebro;
 

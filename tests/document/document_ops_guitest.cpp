@@ -7,9 +7,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "app/commands.h"
+#include "common/command_ids.h"
 #include "app/main_window_gtk.h"
-#include "app/message_box_gtk.h"
+#include "gtk/message_box_gtk.h"
 #include "appearance/themes.h"
 #include "common/utf.h"
 #include "document/document_ops_gtk.h"

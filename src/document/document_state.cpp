@@ -1,4 +1,4 @@
-#include "app/document_state.h"
+#include "document/document_state.h"
 
 #include "document/document_prompts.h"
 

@@ -1,4 +1,4 @@
-#include "app/trace_gtk.h"
+#include "gtk/trace_gtk.h"
 
 #include <cstdarg>
 

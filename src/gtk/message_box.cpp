@@ -1,4 +1,4 @@
-#include "app/message_box.h"
+#include "gtk/message_box.h"
 
 #include <algorithm>
 

@@ -1,9 +1,11 @@
-#include "app/message_box_gtk.h"
+#include "gtk/message_box_gtk.h"
 
 #include <gdk/gdkkeysyms.h>
 
-#include "app/gtk_util_gtk.h"
-#include "appearance/theme_gtk.h"
+#include "appearance/current_theme.h"
+#include "appearance/title_bar_gtk.h"
+#include "gtk/drawing_gtk.h"
+#include "gtk/widget_style_gtk.h"
 
 namespace nebro {
 namespace {
@@ -108,7 +110,7 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   } else {
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER);
   }
-  SetDarkTitleBar(window, GetThemeColors().isDark);
+  SetDarkTitleBar(GetThemeColors().isDark);
   SetWidgetCss(window, BrushCss());
 
   const MessageBoxLayout layout = ComputeMessageBoxLayout(kind, text, MessageBoxWidthFor(text));

@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "app/gtk_util_gtk.h"
-#include "app/message_box_gtk.h"
+#include "gtk/message_box_gtk.h"
 #include "appearance/current_theme.h"
 #include "settings/settings.h"
 

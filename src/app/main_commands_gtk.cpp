@@ -1,0 +1,74 @@
+#include "app/main_commands_gtk.h"
+
+#include "app/main_window_gtk.h"
+#include "appearance/line_numbers_gtk.h"
+#include "appearance/theme_gtk.h"
+#include "appearance/themes.h"
+#include "common/command_ids.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+namespace nebro {
+namespace {
+
+using namespace sci;
+
+void ToggleLineNumbers() {
+  gSettings.lineNumbers = !gSettings.lineNumbers;
+  if (!gMain.margin) return;
+  gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
+  UpdateMargin(gMain.margin);
+}
+
+void ToggleWordWrap() {
+  gSettings.wordWrap = !gSettings.wordWrap;
+  Send(gMain.editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
+  Send(gMain.editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
+  UpdateMargin(gMain.margin);
+}
+
+Command EditorMessage(int id, const char* label, const char* key, unsigned message) {
+  return {id, label, {key}, "", [message] { Send(gMain.editor, message); }, {}};
+}
+
+// A command whose window comes later: listed with its keys, bound to nothing yet.
+Command NotBuilt(int id, const char* label, std::vector<std::string> keys, std::string menuShortcut = "") {
+  return {id, label, std::move(keys), std::move(menuShortcut), {}, {}};
+}
+
+}  // namespace
+
+void AddMainWindowCommands(CommandTable& t) {
+  AddCommand(t, {kCmdExit, "Exit", {}, "", [] { RequestClose(); }, {}});
+  AddCommand(t, EditorMessage(kCmdUndo, "Undo", "Ctrl+Z", SCI_UNDO));
+  AddCommand(t, EditorMessage(kCmdRedo, "Redo", "Ctrl+Y", SCI_REDO));
+  AddCommand(t, EditorMessage(kCmdCut, "Cut", "Ctrl+X", SCI_CUT));
+  AddCommand(t, EditorMessage(kCmdCopy, "Copy", "Ctrl+C", SCI_COPY));
+  AddCommand(t, EditorMessage(kCmdPaste, "Paste", "Ctrl+V", SCI_PASTE));
+  AddCommand(t, EditorMessage(kCmdSelectAll, "Select All", "Ctrl+A", SCI_SELECTALL));
+  AddCommand(t, NotBuilt(kCmdFindReplace, "Find & Replace", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H"));
+  // The menu names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
+  AddCommand(t, NotBuilt(kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H"));
+  AddCommand(t, NotBuilt(kCmdFont, "Font", {"Ctrl+Shift+F"}));
+  AddCommand(t, NotBuilt(kCmdPrint, "Print", {"Ctrl+P"}));
+  AddCommand(t, NotBuilt(kCmdPrintPreview, "Print Preview", {}));
+  AddCommand(t, NotBuilt(kCmdPageSetup, "Page Setup", {}));
+  AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
+  AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
+  AddCommand(t, NotBuilt(kCmdSettings, "Settings", {}));
+  AddCommand(t, NotBuilt(kCmdHelp, "Help", {}));
+  AddCommand(t, {kCmdLineNumbers, "Line Numbers", {}, "", ToggleLineNumbers, {}});
+  AddCommand(t, {kCmdWordWrap, "Word Wrap", {}, "", ToggleWordWrap, {}});
+  for (ThemeId id = 0; id < kThemeCount; ++id) {
+    AddCommand(t, {kCmdThemeFirst + static_cast<int>(id), ThemeName(id), {}, "", [id] { SetTheme(id, true); }, {}});
+  }
+  for (int step = 0; step <= kCmdTransparencyLast - kCmdTransparencyFirst; ++step) {
+    AddCommand(t, {kCmdTransparencyFirst + step, "Transparency", {}, "", [step] {
+                     gSettings.transparency = step * 10;
+                     ApplyTransparency(gSettings.transparency);
+                     SaveSettings(gSettings);
+                   }, {}});
+  }
+}
+
+}  // namespace nebro

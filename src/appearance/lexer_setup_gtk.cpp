@@ -1,0 +1,104 @@
+#include "appearance/lexer_setup_gtk.h"
+
+#include "appearance/current_theme.h"
+#include "appearance/style_maps.h"
+#include "common/utf.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+
+namespace nebro {
+namespace {
+
+using namespace sci;
+
+// The font face as UTF-8, at most 63 bytes, never cutting a character in two.
+std::string FontFaceUtf8() {
+  std::string face = Utf16ToUtf8(FieldText(gSettings.fontName));
+  if (face.size() > 63) {
+    size_t n = 63;
+    while (n > 0 && (static_cast<unsigned char>(face[n]) & 0xC0) == 0x80) --n;
+    face.resize(n);
+  }
+  return face;
+}
+
+void ApplyStyleMap(GtkWidget* editor, const ThemeColors& t) {
+  Send(editor, SCI_STYLECLEARALL);
+  for (const ResolvedStyle& s : ResolveStyleMap(gLanguage, t, gSettings.fontBold, gSettings.fontItalic)) {
+    Send(editor, SCI_STYLESETFORE, s.style, s.fore);
+    Send(editor, SCI_STYLESETBACK, s.style, s.back);
+    Send(editor, SCI_STYLESETBOLD, s.style, s.bold);
+    Send(editor, SCI_STYLESETITALIC, s.style, s.italic);
+  }
+}
+
+void SetLineNumberColours(GtkWidget* editor, const ThemeColors& t) {
+  Send(editor, SCI_SETMARGINBACKN, 0, t.lineNumberBackground);
+  Send(editor, SCI_STYLESETBACK, STYLE_LINENUMBER, t.lineNumberBackground);
+  Send(editor, SCI_STYLESETFORE, STYLE_LINENUMBER, t.lineNumberText);
+}
+
+}  // namespace
+
+void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t) {
+  const std::string face = FontFaceUtf8();
+  SendPtr(editor, SCI_STYLESETFONT, STYLE_DEFAULT, face.c_str());
+  Send(editor, SCI_STYLESETSIZE, STYLE_DEFAULT, gSettings.fontSize);
+  Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
+  Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
+}
+
+void HideOwnMargins(GtkWidget* editor) {
+  for (int m = 0; m <= 4; ++m) Send(editor, SCI_SETMARGINWIDTHN, m, 0);
+}
+
+void MarkEditorFrame(GtkWidget* editor, bool dark) {
+  GtkStyleContext* ctx = gtk_widget_get_style_context(editor);
+  if (dark) gtk_style_context_add_class(ctx, "nebro-dark");
+  else gtk_style_context_remove_class(ctx, "nebro-dark");
+  gtk_widget_queue_draw(editor);
+}
+
+void ApplyLanguageStyles(GtkWidget* editor) {
+  const ThemeColors& t = GetThemeColors();
+  SetDefaultStyleFromFont(editor, t);
+  ApplyStyleMap(editor, t);
+  HideOwnMargins(editor);
+  SetLineNumberColours(editor, t);
+}
+
+void SetupLexer(GtkWidget* editor, const std::string& path) {
+  const LanguageId id = DetectLanguage(Utf8ToUtf16(path));
+  gLanguage = id;
+  const ThemeColors& t = GetThemeColors();
+  const CreateLexerFunction create = CreateLexerFn();
+  bool plain = id == kLangPlainText || !create;
+  if (!plain) {
+    if (ILexer* lexer = create(LexerName(id))) {
+      SendPtr(editor, SCI_SETILEXER, 0, lexer);
+      SetDefaultStyleFromFont(editor, t);
+      for (int set = 0; set < 2; ++set) {
+        if (const char* words = KeywordList(id, set)) SendPtr(editor, SCI_SETKEYWORDS, set, words);
+      }
+      ApplyStyleMap(editor, t);
+      HideOwnMargins(editor);
+    } else {
+      plain = true;
+    }
+  }
+  if (plain) {
+    if (create) {
+      if (ILexer* nullLexer = create("null")) SendPtr(editor, SCI_SETILEXER, 0, nullLexer);
+    }
+    // Plain styling keeps the font as it is.
+    Send(editor, SCI_STYLECLEARALL);
+    Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
+    Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
+    Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, gSettings.fontBold);
+    Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, gSettings.fontItalic);
+    Send(editor, SCI_STYLECLEARALL);
+  }
+  SetLineNumberColours(editor, t);
+}
+
+}  // namespace nebro

@@ -1,0 +1,24 @@
+// The editor's styles: the default style from the font and theme, the language's lexer, keyword
+// lists and style map, and the colours of Scintilla's own line-number style.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <string>
+
+#include "appearance/themes.h"
+
+namespace nebro {
+
+// STYLE_DEFAULT from the stored font and the theme `t`.
+void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t);
+// STYLE_DEFAULT, the language's style map and the line-number colours in the active theme.
+void ApplyLanguageStyles(GtkWidget* editor);
+// Chooses the language from the path and installs its lexer, keywords and styles.
+void SetupLexer(GtkWidget* editor, const std::string& path);
+// Scintilla's own margins stay hidden: the line numbers are drawn beside the editor.
+void HideOwnMargins(GtkWidget* editor);
+// Marks the editor's frame (scroll bars) dark or light for the CSS.
+void MarkEditorFrame(GtkWidget* editor, bool dark);
+
+}  // namespace nebro

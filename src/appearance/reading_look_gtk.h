@@ -1,0 +1,11 @@
+// The fixed look of the read-only viewer: a serif face on paper colours, wrapped, with wide
+// side margins.
+#pragma once
+
+#include <gtk/gtk.h>
+
+namespace nebro {
+
+void ApplyReadingLook(GtkWidget* editor);
+
+}  // namespace nebro

@@ -1,0 +1,64 @@
+#include "document/document_builder_gtk.h"
+
+#include <algorithm>
+
+#include "scintilla/scintilla_loader_gtk.h"
+
+namespace nebro {
+
+using namespace sci;
+
+namespace {
+
+constexpr size_t kLoaderChunk = 1 << 20;
+constexpr long long kLargeDocument = 0x7FFFFFFFll;
+
+}  // namespace
+
+DocumentBuilder::~DocumentBuilder() {
+  if (loader_) loader_->Release();
+}
+
+bool DocumentBuilder::Begin(size_t length) {
+  int options = SC_DOCUMENTOPTION_DEFAULT;
+  if (static_cast<long long>(length) >= kLargeDocument) options |= SC_DOCUMENTOPTION_TEXT_LARGE;
+  if (stylesNone_) options |= SC_DOCUMENTOPTION_STYLES_NONE;  // the viewer draws one style only
+  loader_ = reinterpret_cast<ILoader*>(Send(editor_, SCI_CREATELOADER, length, options));
+  return loader_ != nullptr;
+}
+
+bool DocumentBuilder::Add(const char* data, size_t length) {
+  for (size_t done = 0; done < length; done += kLoaderChunk) {
+    const auto n = static_cast<Sci_Position>(std::min(kLoaderChunk, length - done));
+    if (loader_->AddData(data + done, n) != SC_STATUS_OK) return false;
+  }
+  return true;
+}
+
+bool DocumentBuilder::Finish() {
+  void* document = loader_->ConvertToDocument();
+  loader_ = nullptr;
+  if (!document) return false;
+  Send(editor_, SCI_SETREADONLY, 0);
+  // The view takes its own reference; ours goes, so the next replacement frees this one.
+  SendPtr(editor_, SCI_SETDOCPOINTER, 0, document);
+  SendPtr(editor_, SCI_RELEASEDOCUMENT, 0, document);
+  Send(editor_, SCI_SETCODEPAGE, SC_CP_UTF8);
+  Send(editor_, SCI_EMPTYUNDOBUFFER);
+  Send(editor_, SCI_SETSAVEPOINT);
+  Send(editor_, SCI_GOTOPOS, 0);
+  return true;
+}
+
+void LoadTextIntoEditor(GtkWidget* editor, const char* text, size_t length) {
+  DocumentBuilder builder(editor);
+  if (builder.Begin(length) && builder.Add(text, length) && builder.Finish()) return;
+  // The loader refused (out of memory): empty the old document in place instead.
+  Send(editor, SCI_SETREADONLY, 0);
+  Send(editor, SCI_CLEARALL);
+  Send(editor, SCI_APPENDTEXT, length, reinterpret_cast<sptr_t>(text));
+  Send(editor, SCI_EMPTYUNDOBUFFER);
+  Send(editor, SCI_GOTOPOS, 0);
+}
+
+}  // namespace nebro

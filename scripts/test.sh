@@ -9,4 +9,5 @@ cd "$NEBRO_BUILD"
 tmp_home=$(mktemp -d)
 trap 'rm -rf "$tmp_home"' EXIT
 export XDG_CONFIG_HOME="$tmp_home/config" HOME="$tmp_home" LC_ALL=C.UTF-8 NO_AT_BRIDGE=1 GSETTINGS_BACKEND=memory
-xvfb-run -a -s "-screen 0 1280x1024x24" ctest --output-on-failure --parallel "$(nproc)" "$@"
+# Every GUI test process starts its own X server (Xvfb), so no display is needed here.
+ctest --output-on-failure --parallel "$(nproc)" "$@"

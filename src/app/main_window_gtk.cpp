@@ -16,7 +16,7 @@
 #include "document/document_prompts.h"
 #include "document/file_load_gtk.h"
 #include "gtk/accelerators_gtk.h"
-#include "gtk/gtk_ptr.h"
+#include "gtk/object_ptr_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "gtk/theme_broadcast_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -52,10 +52,7 @@ gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer) {
 
 void UpdateStatus() { UpdateStatusBar(gMain.statusBar, gMain.doc.encoding); }
 
-void RefreshToolbar() {
-  // Save is offered while there is something to save; the other buttons always.
-  RefreshToolbarState(gMain.toolbar, [](int id) { return id != kCmdSave || gMain.doc.modified; });
-}
+void RefreshToolbar() { RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
 
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;

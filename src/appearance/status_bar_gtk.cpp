@@ -5,7 +5,7 @@
 
 #include "appearance/current_theme.h"
 #include "gtk/drawing_gtk.h"
-#include "gtk/gtk_ptr.h"
+#include "gtk/object_ptr_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
 namespace nebro {

@@ -30,7 +30,7 @@ Toolbar MakeToolbar(const CommandTable& commands) {
   Toolbar t;
   for (int i = 0; i < kToolbarButtonCount; ++i) {
     const Command* c = FindCommand(commands, kToolbarCommands[i]);
-    t.buttons[i] = {static_cast<uint32_t>(kToolbarCommands[i]), c ? c->label : std::string(), {}, true, false};
+    t.buttons[i] = {static_cast<uint32_t>(kToolbarCommands[i]), c ? c->label : std::string(), {}, i != kToolbarSaveIndex, false};
   }
   LayoutToolbar(t, 0);
   return t;
@@ -52,11 +52,11 @@ int ToolbarHitTest(const Toolbar& toolbar, int x, int y) {
   return -1;
 }
 
-bool UpdateToolbarEnabled(Toolbar& toolbar, const std::function<bool(int)>& isEnabled) {
+bool UpdateToolbarEnabled(Toolbar& toolbar, bool documentModified) {
   bool changed = false;
   for (int i = 0; i < kToolbarButtonCount; ++i) {
     ToolbarButton& b = toolbar.buttons[i];
-    const bool enabled = isEnabled(static_cast<int>(b.commandId));
+    const bool enabled = i == kToolbarSaveIndex ? documentModified : true;
     if (b.enabled != enabled) {
       b.enabled = enabled;
       changed = true;

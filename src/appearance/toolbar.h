@@ -49,7 +49,8 @@ struct Toolbar {
 extern const std::array<int, kToolbarButtonCount> kToolbarCommands;
 
 // The six buttons in their order (New, Open, Save, Export, Settings, Help), labelled from the
-// command table, laid out for a zero width, all enabled, nothing hot or pressed.
+// command table, laid out for a zero width, Save disabled (a fresh document is unmodified),
+// nothing hot or pressed.
 Toolbar MakeToolbar(const CommandTable& commands);
 
 // The six rectangles for a client width: 75 x 30 pixels from y = 6, 8 apart, the row centred but
@@ -59,8 +60,9 @@ void LayoutToolbar(Toolbar& toolbar, int clientWidth);
 // The enabled button containing the point, or -1. Disabled buttons are not hit.
 int ToolbarHitTest(const Toolbar& toolbar, int x, int y);
 
-// Each button takes the enabled rule of its command. Returns true when a flag changed.
-bool UpdateToolbarEnabled(Toolbar& toolbar, const std::function<bool(int commandId)>& enabled);
+// Save is enabled only while the document is modified; every other button always.
+// Returns true when a flag changed.
+bool UpdateToolbarEnabled(Toolbar& toolbar, bool documentModified);
 
 // Colours of the strip behind the buttons.
 struct ToolbarChrome {

@@ -5,7 +5,7 @@
 
 #include "appearance/current_theme.h"
 #include "gtk/drawing_gtk.h"
-#include "gtk/gtk_ptr.h"
+#include "gtk/object_ptr_gtk.h"
 
 namespace nebro {
 namespace {
@@ -190,11 +190,11 @@ GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) 
   return widget;
 }
 
-void RefreshToolbarState(GtkWidget* widget, const std::function<bool(int)>& enabled) {
+void RefreshToolbarState(GtkWidget* widget, bool documentModified) {
   Toolbar* t = StateOf(widget);
   if (!t) return;
   const int hotBefore = t->hot;
-  UpdateToolbarEnabled(*t, enabled);
+  UpdateToolbarEnabled(*t, documentModified);
   if (t->hot != hotBefore) UpdateCursor(widget, *t);
   Repaint(widget);
 }

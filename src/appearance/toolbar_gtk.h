@@ -16,8 +16,9 @@ using ToolbarCommandSink = std::function<void(int commandId)>;
 // sends its command id to `sink`.
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink);
 
-// Re-evaluates the buttons' enabled flags and repaints. Does nothing for a null toolbar.
-void RefreshToolbarState(GtkWidget* toolbar, const std::function<bool(int commandId)>& enabled);
+// Re-evaluates the buttons' enabled flags (Save follows the document's modified flag) and
+// repaints. Does nothing for a null toolbar.
+void RefreshToolbarState(GtkWidget* toolbar, bool documentModified);
 
 // The buttons' state as the widget holds it (null for a widget that is not a toolbar).
 const Toolbar* ToolbarState(GtkWidget* toolbar);

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "gtk/gtk_ptr.h"
+#include "gtk/object_ptr_gtk.h"
 
 namespace nebro {
 

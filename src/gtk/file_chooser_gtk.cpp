@@ -1,6 +1,6 @@
 #include "gtk/file_chooser_gtk.h"
 
-#include "gtk/gtk_ptr.h"
+#include "gtk/object_ptr_gtk.h"
 
 namespace nebro {
 

@@ -1,7 +1,5 @@
 // The context menu on a real main window with the real Scintilla: how it opens, what it shows
-// for the editor's state, what choosing its items does, and its colours. With
-// NEBRO_SCREENSHOT_DIR set, the open menu is also saved for a look by eye in a dark and a light
-// theme (through ImageMagick's import).
+// for the editor's state, what choosing its items does, and its colours.
 #include <gtest/gtest.h>
 #include <gdk/gdkkeysyms.h>
 
@@ -17,12 +15,14 @@
 #include "app/main_window_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "appearance/current_theme.h"
+#include "appearance/theme_gtk.h"
 #include "common/utf.h"
 #include "document/document_ops_gtk.h"
 #include "document/file_load_gtk.h"
 #include "document/recent_files.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
+#include "support/main_window_fixture.h"
 
 using namespace nebro;
 using namespace nebro::sci;
@@ -30,9 +30,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void Pump() {
-  while (gtk_events_pending()) gtk_main_iteration_do(FALSE);
-}
+void Pump() { nebro::testing::Pump(); }
 
 // The menus of ours attached to the editor (the context menu and nothing else).
 std::vector<GtkWidget*> OpenMenus() {
@@ -170,27 +168,6 @@ void CloseMenus() {
   Pump();
 }
 
-// The widget drawn into an image; pixels as 0x00BBGGRR like the theme's colours.
-struct Picture {
-  explicit Picture(GtkWidget* widget) {
-    width = gtk_widget_get_allocated_width(widget);
-    height = gtk_widget_get_allocated_height(widget);
-    surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
-    cairo_t* cr = cairo_create(surface);
-    gtk_widget_draw(widget, cr);
-    cairo_destroy(cr);
-    cairo_surface_flush(surface);
-  }
-  ~Picture() { cairo_surface_destroy(surface); }
-  Colour At(int x, int y) const {
-    const auto* row = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-    const uint32_t argb = reinterpret_cast<const uint32_t*>(row)[x];
-    return Rgb((argb >> 16) & 0xFF, (argb >> 8) & 0xFF, argb & 0xFF);
-  }
-  cairo_surface_t* surface;
-  int width, height;
-};
-
 Colour TextColour(GtkWidget* widget) {
   GtkStyleContext* style = gtk_widget_get_style_context(widget);
   GdkRGBA c;
@@ -199,50 +176,25 @@ Colour TextColour(GtkWidget* widget) {
              static_cast<unsigned>(c.blue * 255 + 0.5));
 }
 
-class ContextMenuGui : public ::testing::Test {
+class ContextMenuGui : public nebro::testing::MainWindowTest {
  protected:
-  static void SetUpTestSuite() {
-    ASSERT_EQ(LoadScintilla(), LibraryLoad::Ok);
-    ASSERT_EQ(LoadLexilla(), LibraryLoad::Ok);
+  void Configure() override {
+    width = 700;
+    height = 500;
+    gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   }
   void SetUp() override {
-    char name[] = "/tmp/nebro-menu-XXXXXX";
-    dir = mkdtemp(name);
-    SetConfigRoot(dir + "/cfg");
-    SetDefaultSettings(gSettings);
-    gViewerMode = false;
-    gThemeChosenByUser = true;  // the desktop's preference must not replace the theme under test
-    gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
+    MainWindowTest::SetUp();
     SetMessageBoxHook([this](int kind, const std::string& text, const std::string&) {
       asked.push_back({kind, text});
       return kMbResultSaveOrYes;
     });
-  }
-  void OpenWindow(int width = 700, int height = 500) {
-    ASSERT_TRUE(CreateMainWindow("test", 0, 0, width, height, false));
-    AttachContextMenu(gMain.editor);
-    gtk_widget_show(gMain.window);
     gtk_window_present(GTK_WINDOW(gMain.window));
-    Pump();
-    gdk_display_sync(gdk_display_get_default());
-    Pump();
+    nebro::testing::Pump(gMain.window);
   }
   void TearDown() override {
     CloseMenus();
-    SetMessageBoxHook(nullptr);
-    if (gMain.window) {
-      CloseDocumentLock(gMain.doc);
-      gtk_widget_destroy(gMain.window);
-    }
-    gMain = MainWindow();
-    gViewerMode = false;
-    Pump();
-    fs::remove_all(dir);
-  }
-  void SetText(const char* text) { SendPtr(gMain.editor, SCI_SETTEXT, 0, text); }
-  std::string Text() {
-    const auto n = Send(gMain.editor, SCI_GETLENGTH);
-    return std::string(reinterpret_cast<const char*>(Send(gMain.editor, SCI_GETCHARACTERPOINTER)), n);
+    MainWindowTest::TearDown();
   }
   // Opens the menu for the current state with the Menu key and checks it is on screen.
   GtkWidget* Open() {
@@ -253,32 +205,28 @@ class ContextMenuGui : public ::testing::Test {
     EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
     return menus[0];
   }
-  std::string Write(const std::string& name, const std::string& bytes) {
-    const std::string path = dir + "/" + name;
-    FILE* f = fopen(path.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
-    return path;
-  }
 
   struct Question {
     int kind;
     std::string text;
   };
-  std::string dir;
   std::vector<Question> asked;  // every box shown, each answered Yes
+};
+
+class ViewerContextMenuGui : public nebro::testing::MainWindowTest {
+ protected:
+  void Configure() override { gViewerMode = true; }
 };
 
 }  // namespace
 
 TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
-  OpenWindow();
   SetText("alpha beta gamma\r\nsecond line\r\n");
-  Send(gMain.editor, SCI_SETSEL, 6, 10);  // "beta"
+  Send(SCI_SETSEL, 6, 10);  // "beta"
 
   LeftClick(20, 30);  // a left click is Scintilla's: no menu
   EXPECT_TRUE(OpenMenus().empty());
-  Send(gMain.editor, SCI_SETSEL, 6, 10);
+  Send(SCI_SETSEL, 6, 10);
 
   // A right click far from the selection opens the menu and leaves the selection alone, so Cut
   // and Copy still act on it.
@@ -286,8 +234,8 @@ TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
   std::vector<GtkWidget*> menus = OpenMenus();
   ASSERT_EQ(menus.size(), 1u);
   EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
-  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONSTART), 6);
-  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 10);
+  EXPECT_EQ(Send(SCI_GETSELECTIONSTART), 6);
+  EXPECT_EQ(Send(SCI_GETSELECTIONEND), 10);
   EXPECT_TRUE(gtk_widget_is_sensitive(Item(menus[0], {"Cut"})));
   // Its corner touches the pointer's pixel at the lower right.
   int ex = 0, ey = 0;
@@ -302,13 +250,13 @@ TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
 
   // From the keyboard it opens below the caret.
   gtk_widget_grab_focus(gMain.editor);
-  Send(gMain.editor, SCI_GOTOPOS, 23);  // "second line", after "secon"
+  Send(SCI_GOTOPOS, 23);  // "second line", after "secon"
   Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
   ASSERT_EQ(OpenMenus().size(), 1u);
   EXPECT_TRUE(gtk_widget_get_mapped(OpenMenus()[0]));
-  const int caretX = static_cast<int>(Send(gMain.editor, SCI_POINTXFROMPOSITION, 0, 23));
-  const int lineBottom = static_cast<int>(Send(gMain.editor, SCI_POINTYFROMPOSITION, 0, 23) +
-                                          Send(gMain.editor, SCI_TEXTHEIGHT, 1));
+  const int caretX = static_cast<int>(Send(SCI_POINTXFROMPOSITION, 0, 23));
+  const int lineBottom = static_cast<int>(Send(SCI_POINTYFROMPOSITION, 0, 23) +
+                                          Send(SCI_TEXTHEIGHT, 1));
   EXPECT_GT(caretX, 40);
   EXPECT_EQ(MenuOrigin(OpenMenus()[0]), std::make_pair(ex + caretX, ey + lineBottom));
   CloseMenus();
@@ -321,13 +269,12 @@ TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
   Key(GDK_KEY_F10, static_cast<GdkModifierType>(0));
   Key(GDK_KEY_Menu, GDK_CONTROL_MASK);
   EXPECT_TRUE(OpenMenus().empty());
-  Send(gMain.editor, SCI_GOTOPOS, 0);
+  Send(SCI_GOTOPOS, 0);
   Key(GDK_KEY_x, static_cast<GdkModifierType>(0));
   EXPECT_EQ(Text().substr(0, 6), "xalpha");
 }
 
 TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
-  OpenWindow();
   GtkWidget* menu = Open();
   ASSERT_NE(menu, nullptr);
   // A new, empty document with nothing on the clipboard.
@@ -343,8 +290,8 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
 
   // Typed text can be undone and selected; a selection can be cut; text on the clipboard can
   // be pasted.
-  SendPtr(gMain.editor, SCI_REPLACESEL, 0, "some text");
-  Send(gMain.editor, SCI_SETSEL, 0, 4);
+  sci::SendPtr(gMain.editor, SCI_REPLACESEL, 0, "some text");
+  Send(SCI_SETSEL, 0, 4);
   gtk_clipboard_set_text(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD), "clip", -1);
   menu = Open();
   for (const char* label : {"Undo", "Cut", "Copy", "Paste", "Select All"}) {
@@ -354,8 +301,8 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
   CloseMenus();
 
   // After an undo: redo is possible; an empty selection greys Cut and Copy again.
-  Send(gMain.editor, SCI_UNDO);
-  Send(gMain.editor, SCI_SETSEL, 0, 0);
+  Send(SCI_UNDO);
+  Send(SCI_SETSEL, 0, 0);
   gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   menu = Open();
   EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Redo"})));
@@ -366,9 +313,10 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
 
   // A Markdown file in upper case enables the preview; a missing recent file shows its mark and
   // a greyed Open, but can be removed.
-  const std::string md = Write("NOTES.MD", "# Title\r\n");
-  ASSERT_TRUE(LoadAsDocument(md));
-  AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(dir + "/vanished.txt"));
+  const std::string md = WriteFile("NOTES.MD", "# Title\r\n");
+  LoadAsDocument(MainDocumentWindow(), md);
+  ASSERT_EQ(gMain.doc.path, md);
+  AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(folder + "/vanished.txt"));
   menu = Open();
   EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"MD Preview (HTML)"})));
   EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "2.  NOTES.MD", "Open"})));
@@ -378,13 +326,12 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
 }
 
 TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
-  OpenWindow();
   SetText("one two three");
-  Send(gMain.editor, SCI_SETSEL, 0, 0);
+  Send(SCI_SETSEL, 0, 0);
 
   Choose(Open(), {"Select All"});
-  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONSTART), 0);
-  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 13);
+  EXPECT_EQ(Send(SCI_GETSELECTIONSTART), 0);
+  EXPECT_EQ(Send(SCI_GETSELECTIONEND), 13);
   // The menu is gone once the choice is made, and the editor has the focus.
   EXPECT_TRUE(OpenMenus().empty());
   EXPECT_TRUE(gtk_widget_is_focus(gMain.editor));
@@ -409,7 +356,7 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   const bool wrap = gSettings.wordWrap;
   Choose(Open(), {"View", "Word Wrap"});
   EXPECT_EQ(gSettings.wordWrap, !wrap);
-  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), wrap ? SC_WRAP_NONE : SC_WRAP_WORD);
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), wrap ? SC_WRAP_NONE : SC_WRAP_WORD);
   Choose(Open(), {"View", "Word Wrap"});
   EXPECT_EQ(gSettings.wordWrap, wrap);
 
@@ -449,8 +396,7 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
 TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
   for (ThemeId theme : {ThemeId{0}, ThemeId{1}, ThemeId{5}}) {
     SCOPED_TRACE(ThemeName(theme));
-    gSettings.theme = theme;
-    OpenWindow();
+    SetTheme(theme, true);
     const ThemeColors& c = GetThemeColors();
     GtkWidget* menu = Open();
     ASSERT_NE(menu, nullptr);
@@ -462,7 +408,7 @@ TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
     int x = 0, y = 0;
     gtk_widget_translate_coordinates(find, menu, gtk_widget_get_allocated_width(find) / 2, 3, &x, &y);
     {
-      Picture picture(menu);
+      nebro::testing::Snapshot picture(menu);
       EXPECT_EQ(picture.At(x, y), c.dialogBackground);
       EXPECT_EQ(picture.At(2, picture.height / 2), c.dialogBackground);
     }
@@ -486,57 +432,14 @@ TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
     EXPECT_EQ(shortcut.x + shortcut.width, row.x + row.width);
     EXPECT_GT(shortcut.x, label.x + 30);
     CloseMenus();
-    CloseDocumentLock(gMain.doc);
-    gtk_widget_destroy(gMain.window);
-    gMain = MainWindow();
-    Pump();
   }
 }
 
-TEST_F(ContextMenuGui, ViewerHasNoContextMenu) {
-  gViewerMode = true;
-  OpenWindow();
+TEST_F(ViewerContextMenuGui, ViewerHasNoContextMenu) {
   SetText("read only text");
   EXPECT_EQ(ShowContextMenu(nullptr), nullptr);
   EXPECT_TRUE(OpenMenus().empty());
   Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
   Key(GDK_KEY_F10, GDK_SHIFT_MASK);
   EXPECT_TRUE(OpenMenus().empty());
-}
-
-TEST_F(ContextMenuGui, Screenshots) {
-  const char* shotDir = std::getenv("NEBRO_SCREENSHOT_DIR");
-  if (!shotDir) GTEST_SKIP() << "set NEBRO_SCREENSHOT_DIR to save pictures of the open menu";
-  for (ThemeId theme : {ThemeId{0}, ThemeId{1}, ThemeId{4}, ThemeId{5}}) {
-    gSettings.theme = theme;
-    gSettings.transparency = 20;
-    gSettings.lineNumbers = true;
-    AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(dir + "/gone.md"));
-    AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(Write("notes.md", "x")));
-    OpenWindow(1000, 900);
-    SetText("int main() {\r\n  return 0;\r\n}\r\n");
-    Send(gMain.editor, SCI_SETSEL, 4, 8);
-    RightPress(120, 20);
-    ASSERT_EQ(OpenMenus().size(), 1u);
-    GtkWidget* menu = OpenMenus()[0];
-    // The dark themes show the Theme submenu, the light ones a missing recent file's entry.
-    if (theme % 2 == 0) {
-      OpenSubmenu(menu, "Theme");
-    } else {
-      OpenSubmenu(OpenSubmenu(menu, "Recent Files"), "2.  gone.md  \xE2\x8A\x97");
-    }
-    Pump();
-    gdk_display_sync(gdk_display_get_default());
-    g_usleep(300000);  // let the X server finish drawing before the picture is taken
-    Pump();
-    const std::string cmd = std::string("import -window root -crop 1000x900+0+0 ") + shotDir + "/menu-" +
-                            std::to_string(theme) + ".png";
-    gint status = 0;
-    EXPECT_TRUE(g_spawn_command_line_sync(cmd.c_str(), nullptr, nullptr, &status, nullptr));
-    CloseMenus();
-    CloseDocumentLock(gMain.doc);
-    gtk_widget_destroy(gMain.window);
-    gMain = MainWindow();
-    Pump();
-  }
 }

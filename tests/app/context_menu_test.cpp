@@ -30,6 +30,26 @@ void Render(const std::vector<ContextMenuItem>& items, const std::string& indent
   }
 }
 
+// The keys as the main window's table gives them; a menu shows what the table says.
+const CommandTable& Commands() {
+  static const CommandTable table = [] {
+    CommandTable t;
+    const std::pair<int, const char*> keys[] = {
+        {kCmdUndo, "Ctrl+Z"}, {kCmdRedo, "Ctrl+Y"},  {kCmdCut, "Ctrl+X"},  {kCmdCopy, "Ctrl+C"},
+        {kCmdPaste, "Ctrl+V"}, {kCmdSelectAll, "Ctrl+A"}, {kCmdFont, "Ctrl+Shift+F"}, {kCmdPrint, "Ctrl+P"},
+        {kCmdSave, "Ctrl+S"}, {kCmdSaveAs, "Ctrl+Shift+S"}, {kCmdNew, "Ctrl+N"}, {kCmdOpen, "Ctrl+O"}};
+    for (const auto& [id, key] : keys) AddCommand(t, {id, "", {key}, "", {}, {}});
+    AddCommand(t, {kCmdFindReplace, "", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H", {}, {}});
+    AddCommand(t, {kCmdRegexSearch, "", {"Ctrl+Alt+H"}, "Ctrl+Shift+H", {}, {}});
+    return t;
+  }();
+  return table;
+}
+
+std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state) {
+  return nebro::BuildContextMenu(state, Commands());
+}
+
 std::string Render(const ContextMenuState& state) {
   std::string out;
   Render(BuildContextMenu(state), "", out);

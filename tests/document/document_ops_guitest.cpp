@@ -18,6 +18,7 @@
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
+#include "support/main_window_fixture.h"
 
 using namespace nebro;
 using namespace nebro::sci;
@@ -30,55 +31,35 @@ struct Asked {
   std::string text, title;
 };
 
-class DocumentOps : public ::testing::Test {
+class DocumentOps : public nebro::testing::MainWindowTest {
  protected:
-  static void SetUpTestSuite() {
-    ASSERT_EQ(LoadScintilla(), LibraryLoad::Ok);
-    ASSERT_EQ(LoadLexilla(), LibraryLoad::Ok);
+  void Configure() override {
+    width = 600;
+    height = 400;
   }
   void SetUp() override {
-    char name[] = "/tmp/nebro-docops-XXXXXX";
-    dir = mkdtemp(name);
-    SetConfigRoot(dir + "/cfg");
-    SetDefaultSettings(gSettings);
-    ASSERT_TRUE(CreateMainWindow("test", 0, 0, 600, 400, true));
+    MainWindowTest::SetUp();
     SetMessageBoxHook([this](int kind, const std::string& text, const std::string& title) {
       asked.push_back({kind, text, title});
       return answers.empty() ? kMbResultCancel : Next();
     });
-  }
-  void TearDown() override {
-    SetMessageBoxHook(nullptr);
-    CloseDocumentLock(gMain.doc);
-    gtk_widget_destroy(gMain.window);
-    gMain = MainWindow();
-    fs::remove_all(dir);
   }
   int Next() {
     const int r = answers.front();
     answers.erase(answers.begin());
     return r;
   }
-  std::string Write(const std::string& name, const std::string& bytes) {
-    const std::string path = dir + "/" + name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
-  }
+  std::string Write(const std::string& name, const std::string& bytes) { return WriteFile(name, bytes); }
   static std::string Read(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
-  std::string Text() {
-    const auto n = Send(gMain.editor, SCI_GETLENGTH);
-    return std::string(reinterpret_cast<const char*>(Send(gMain.editor, SCI_GETCHARACTERPOINTER)), n);
-  }
   void Type(const char* text) {
-    Send(gMain.editor, SCI_GOTOPOS, Send(gMain.editor, SCI_GETLENGTH));
-    SendPtr(gMain.editor, SCI_REPLACESEL, 0, text);
+    Send(SCI_GOTOPOS, Send(SCI_GETLENGTH));
+    sci::SendPtr(gMain.editor, SCI_REPLACESEL, 0, text);
   }
   std::string Title() { return gtk_window_get_title(GTK_WINDOW(gMain.window)); }
 
-  std::string dir;
   std::vector<Asked> asked;
   std::vector<int> answers;
 };
@@ -87,7 +68,7 @@ class DocumentOps : public ::testing::Test {
 
 TEST_F(DocumentOps, EditAndSaveKeepBomAndLineEndings) {
   const std::string bom = Write("bom.txt", "\xEF\xBB\xBFline one\r\nline two\n");
-  ASSERT_TRUE(LoadAsDocument(bom));
+  ASSERT_TRUE(LoadDocument(bom));
   EXPECT_EQ(Text(), "line one\r\nline two\n");
   EXPECT_EQ(Title(), "Nebro - bom.txt");
   Type("three");
@@ -101,26 +82,26 @@ TEST_F(DocumentOps, EditAndSaveKeepBomAndLineEndings) {
 
   // UTF-16 comes back as UTF-8 without a mark.
   const std::string wide = Write("wide.txt", std::string("\xFF\xFE" "h\0i\0\r\0\n\0\xE9\0", 12));
-  ASSERT_TRUE(LoadAsDocument(wide));
+  ASSERT_TRUE(LoadDocument(wide));
   EXPECT_EQ(Text(), "hi\r\n\xC3\xA9");
   Type("!");
-  ASSERT_TRUE(SaveDocument());
+  ASSERT_TRUE(SaveDocument(MainDocumentWindow()));
   EXPECT_EQ(Read(wide), "hi\r\n\xC3\xA9!");
 
   // A shorter text truncates the file.
-  Send(gMain.editor, SCI_SETTEXT, 0, reinterpret_cast<sptr_t>("x"));
-  ASSERT_TRUE(SaveDocument());
+  Send(SCI_SETTEXT, 0, reinterpret_cast<sptr_t>("x"));
+  ASSERT_TRUE(SaveDocument(MainDocumentWindow()));
   EXPECT_EQ(Read(wide), "x");
 }
 
 TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
-  fs::create_directory(dir + "/sub");
+  fs::create_directory(folder + "/sub");
   const std::string path = Write("sub/a.txt", "old text");
-  ASSERT_TRUE(LoadAsDocument(path));
+  ASSERT_TRUE(LoadDocument(path));
   Type(" and more");
   CloseDocumentLock(gMain.doc);
-  fs::remove_all(dir + "/sub");  // the folder is gone: the save cannot be done
-  EXPECT_FALSE(SaveDocument());
+  fs::remove_all(folder + "/sub");  // the folder is gone: the save cannot be done
+  EXPECT_FALSE(SaveDocument(MainDocumentWindow()));
   ASSERT_EQ(asked.size(), 1u);
   EXPECT_EQ(asked[0].text, "Cannot save file.");
   EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D Error");
@@ -131,9 +112,9 @@ TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
 
 TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {
   const std::string path = Write("q.txt", "text");
-  ASSERT_TRUE(LoadAsDocument(path));
+  ASSERT_TRUE(LoadDocument(path));
   // Unmodified and present: nothing is asked.
-  EXPECT_EQ(PromptSaveChanges(), 7);
+  EXPECT_EQ(PromptSaveChanges(MainDocumentWindow()), 7);
   EXPECT_TRUE(asked.empty());
 
   Type("!");
@@ -146,17 +127,17 @@ TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {
   EXPECT_EQ(gMain.doc.path, path);
 
   // Moved: the folder is still there.
-  fs::rename(path, dir + "/q2.txt");
+  fs::rename(path, folder + "/q2.txt");
   answers = {kMbResultCancel};
-  PromptSaveChanges();
+  PromptSaveChanges(MainDocumentWindow());
   EXPECT_EQ(asked.back().text,
             "\"q.txt\" was moved or renamed while open in Nebro.\nDo you want to save your changes?");
 
   // Save writes it back to where it was.
   answers = {kMbResultSaveOrYes};
-  EXPECT_EQ(PromptSaveChanges(), 6);
+  EXPECT_EQ(PromptSaveChanges(MainDocumentWindow()), 6);
   answers = {kMbResultSaveOrYes};
-  ASSERT_TRUE(ConfirmLeavingDocument());
+  ASSERT_TRUE(ConfirmLeavingDocument(MainDocumentWindow()));
   EXPECT_EQ(Read(path), "text!");
 
   // Don't Save on New gives an untitled, empty document.
@@ -167,27 +148,27 @@ TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {
   EXPECT_EQ(Text(), "");
   EXPECT_FALSE(gMain.doc.modified);
   EXPECT_EQ(Title(), "Nebro - Untitled");
-  EXPECT_EQ(Send(gMain.editor, SCI_GETEOLMODE), SC_EOL_CRLF);
-  EXPECT_EQ(Send(gMain.editor, SCI_CANUNDO), 0);
+  EXPECT_EQ(Send(SCI_GETEOLMODE), SC_EOL_LF);  // new documents end their lines the Linux way
+  EXPECT_EQ(Send(SCI_CANUNDO), 0);
 }
 
 TEST_F(DocumentOps, ActivationOffersToWriteBackAGoneFile) {
-  fs::create_directory(dir + "/f");
+  fs::create_directory(folder + "/f");
   const std::string path = Write("f/gone.txt", "keep me");
-  ASSERT_TRUE(LoadAsDocument(path));
-  CheckDocumentOnActivation();
+  ASSERT_TRUE(LoadDocument(path));
+  CheckDocumentOnActivation(MainDocumentWindow());
   EXPECT_TRUE(asked.empty());
 
-  fs::remove_all(dir + "/f");
+  fs::remove_all(folder + "/f");
   answers = {kMbResultCancel};
-  CheckDocumentOnActivation();
+  CheckDocumentOnActivation(MainDocumentWindow());
   ASSERT_EQ(asked.size(), 1u);
   EXPECT_EQ(asked[0].text, "\"gone.txt\" was deleted from disk.\n\nDo you want to save it to the original location?");
   EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D File Changed");
   EXPECT_EQ(gMain.doc.path, path);  // Cancel: asked again next time
 
   answers = {kMbResultDontSaveOrNo};
-  CheckDocumentOnActivation();
+  CheckDocumentOnActivation(MainDocumentWindow());
   EXPECT_EQ(gMain.doc.path, "");
   EXPECT_EQ(Text(), "keep me");
   EXPECT_EQ(Title(), "Nebro - Untitled");
@@ -196,7 +177,7 @@ TEST_F(DocumentOps, ActivationOffersToWriteBackAGoneFile) {
 TEST_F(DocumentOps, RecentFilesCommands) {
   std::vector<std::string> paths;
   for (int i = 0; i < 11; ++i) paths.push_back(Write("r" + std::to_string(i) + ".txt", "x"));
-  for (const std::string& p : paths) ASSERT_TRUE(LoadAsDocument(p));
+  for (const std::string& p : paths) ASSERT_TRUE(LoadDocument(p));
   auto entry = [](int i) { return Utf16ToUtf8(FieldText(gSettings.recentFiles[i])); };
   EXPECT_EQ(entry(0), paths[10]);
   EXPECT_EQ(entry(9), paths[1]);  // the eleventh file pushed the first out
@@ -238,20 +219,20 @@ TEST_F(DocumentOps, RecentFilesCommands) {
 TEST_F(DocumentOps, DropsAndAutoSave) {
   const std::string a = Write("a.txt", "A");
   const std::string b = Write("b.md", "B");
-  ASSERT_TRUE(LoadAsDocument(a));
+  ASSERT_TRUE(LoadDocument(a));
   Type("1");
-  OpenDroppedFile(a);  // the open file again: nothing happens, nothing is asked
+  OpenDroppedFile(MainDocumentWindow(), a);  // the open file again: nothing happens, nothing is asked
   EXPECT_TRUE(asked.empty());
   EXPECT_EQ(Text(), "A1");
 
   // Auto-save writes a modified document with a path.
-  AutoSaveTick();
+  AutoSaveTick(MainDocumentWindow());
   EXPECT_EQ(Read(a), "A1");
   EXPECT_FALSE(gMain.doc.modified);
 
   answers = {kMbResultDontSaveOrNo};
   Type("2");
-  OpenDroppedFile(b);
+  OpenDroppedFile(MainDocumentWindow(), b);
   EXPECT_EQ(asked.size(), 1u);
   EXPECT_EQ(gMain.doc.path, b);
   EXPECT_EQ(Text(), "B");
@@ -263,17 +244,17 @@ TEST_F(DocumentOps, DropsAndAutoSave) {
   DispatchCommand(kCmdNew);
   Type("new text");
   const size_t before = asked.size();
-  AutoSaveTick();
+  AutoSaveTick(MainDocumentWindow());
   EXPECT_EQ(asked.size(), before);
   EXPECT_TRUE(gMain.doc.modified);
 }
 
 TEST_F(DocumentOps, CommandsThatChangeTheView) {
   EXPECT_TRUE(DispatchCommand(kCmdWordWrap));
-  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), SC_WRAP_NONE);
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_NONE);
   EXPECT_FALSE(gSettings.wordWrap);
   EXPECT_TRUE(DispatchCommand(kCmdWordWrap));
-  EXPECT_EQ(Send(gMain.editor, SCI_GETWRAPMODE), SC_WRAP_WORD);
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_WORD);
 
   EXPECT_TRUE(DispatchCommand(kCmdTransparencyFirst + 5));
   EXPECT_EQ(gSettings.transparency, 50);
@@ -284,7 +265,7 @@ TEST_F(DocumentOps, CommandsThatChangeTheView) {
 
   EXPECT_TRUE(DispatchCommand(kCmdThemeFirst + 4));
   EXPECT_EQ(gSettings.theme, 4u);
-  EXPECT_EQ(Send(gMain.editor, SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(ThemeColorsFor(4).editorBackground));
+  EXPECT_EQ(Send(SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(ThemeColorsFor(4).editorBackground));
 
   const bool numbers = gSettings.lineNumbers;
   EXPECT_TRUE(DispatchCommand(kCmdLineNumbers));
@@ -292,7 +273,7 @@ TEST_F(DocumentOps, CommandsThatChangeTheView) {
 
   Type("abc");
   EXPECT_TRUE(DispatchCommand(kCmdSelectAll));
-  EXPECT_EQ(Send(gMain.editor, SCI_GETSELECTIONEND), 3);
+  EXPECT_EQ(Send(SCI_GETSELECTIONEND), 3);
   EXPECT_TRUE(DispatchCommand(kCmdUndo));
   EXPECT_EQ(Text(), "");
   EXPECT_TRUE(DispatchCommand(kCmdRedo));
@@ -307,28 +288,34 @@ TEST_F(DocumentOps, CommandsThatChangeTheView) {
 namespace {
 
 // Answers the next file chooser: picks `name` in `folder`, or cancels when `name` is empty. The
-// chooser takes its folder asynchronously and may let an early answer pass, so the answer is
-// given again until the chooser has gone.
+// chooser takes its folder asynchronously, so the answer waits until the chooser names the
+// wanted file, and is given again until the chooser has gone.
 void AnswerChooser(const std::string& folder, const std::string& name) {
   struct Answer {
     std::string folder, name;
     GtkWidget* chooser = nullptr;
-    int ticks = 0;
   };
-  g_timeout_add(50, [](gpointer data) -> gboolean {
+  g_timeout_add(10, [](gpointer data) -> gboolean {
     auto* a = static_cast<Answer*>(data);
-    if (++a->ticks > 600) {
-      ADD_FAILURE() << "no file chooser to answer";
-      delete a;
-      return G_SOURCE_REMOVE;
-    }
     if (a->chooser) {
       if (!gtk_widget_get_mapped(a->chooser)) {  // answered and gone
         g_object_unref(a->chooser);
         delete a;
         return G_SOURCE_REMOVE;
       }
-      gtk_dialog_response(GTK_DIALOG(a->chooser), a->name.empty() ? GTK_RESPONSE_CANCEL : GTK_RESPONSE_ACCEPT);
+      if (a->name.empty()) {
+        gtk_dialog_response(GTK_DIALOG(a->chooser), GTK_RESPONSE_CANCEL);
+        return G_SOURCE_CONTINUE;
+      }
+      gchar* chosen = gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(a->chooser));
+      const bool ready = chosen && a->folder + "/" + a->name == chosen;
+      g_free(chosen);
+      if (ready) {
+        gtk_dialog_response(GTK_DIALOG(a->chooser), GTK_RESPONSE_ACCEPT);
+      } else {
+        gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(a->chooser), a->folder.c_str());
+        gtk_file_chooser_set_current_name(GTK_FILE_CHOOSER(a->chooser), a->name.c_str());
+      }
       return G_SOURCE_CONTINUE;
     }
     GList* top = gtk_window_list_toplevels();
@@ -342,12 +329,8 @@ void AnswerChooser(const std::string& folder, const std::string& name) {
     g_list_free(top);
     if (!a->chooser) return G_SOURCE_CONTINUE;
     g_object_set_data(G_OBJECT(a->chooser), "nebro-answered", GINT_TO_POINTER(1));
-    if (!a->name.empty()) {
-      EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(a->chooser)), "Save As - Nebro");
-      gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(a->chooser), a->folder.c_str());
-      gtk_file_chooser_set_current_name(GTK_FILE_CHOOSER(a->chooser), a->name.c_str());
-    }
-    return G_SOURCE_CONTINUE;  // the answer itself comes with the next tick
+    if (!a->name.empty()) EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(a->chooser)), "Save As - Nebro");
+    return G_SOURCE_CONTINUE;
   }, new Answer{folder, name});
 }
 
@@ -356,31 +339,31 @@ void AnswerChooser(const std::string& folder, const std::string& name) {
 TEST_F(DocumentOps, SaveAsWritesTheChosenFile) {
   // An untitled document goes through Save As; cancelling changes nothing.
   Type("hello");
-  AnswerChooser(dir, "");
-  EXPECT_FALSE(SaveDocument());
+  AnswerChooser(folder, "");
+  EXPECT_FALSE(SaveDocument(MainDocumentWindow()));
   EXPECT_TRUE(gMain.doc.modified);
   EXPECT_EQ(gMain.doc.path, "");
 
   // A name without an extension gets ".txt".
-  AnswerChooser(dir, "chosen");
+  AnswerChooser(folder, "chosen");
   ASSERT_TRUE(DispatchCommand(kCmdSave));
-  EXPECT_EQ(gMain.doc.path, dir + "/chosen.txt");
-  EXPECT_EQ(Read(dir + "/chosen.txt"), "hello");
+  EXPECT_EQ(gMain.doc.path, folder + "/chosen.txt");
+  EXPECT_EQ(Read(folder + "/chosen.txt"), "hello");
   EXPECT_FALSE(gMain.doc.modified);
   EXPECT_EQ(Title(), "Nebro - chosen.txt");
 
   // Save As of a loaded file writes the new file and leaves the old one as it was.
   const std::string old = Write("old.txt", "# kept");
-  ASSERT_TRUE(LoadAsDocument(old));
+  ASSERT_TRUE(LoadDocument(old));
   Type(" and changed");
-  AnswerChooser(dir, "renamed.md");
+  AnswerChooser(folder, "renamed.md");
   ASSERT_TRUE(DispatchCommand(kCmdSaveAs));
   EXPECT_EQ(Read(old), "# kept");
-  EXPECT_EQ(Read(dir + "/renamed.md"), "# kept and changed");
-  EXPECT_EQ(gMain.doc.path, dir + "/renamed.md");
+  EXPECT_EQ(Read(folder + "/renamed.md"), "# kept and changed");
+  EXPECT_EQ(gMain.doc.path, folder + "/renamed.md");
   EXPECT_EQ(gLanguage, kLangMarkdown);  // the new name chose the language
   // The new file is the one that is locked now.
-  EXPECT_EQ(OpenDocumentFile(dir + "/renamed.md").error, kOpenErrorLocked);
+  EXPECT_EQ(OpenDocumentFile(folder + "/renamed.md").error, kOpenErrorLocked);
   EXPECT_EQ(OpenDocumentFile(old).error, 0);
 }
 
@@ -390,33 +373,39 @@ TEST_F(DocumentOps, LargeFilesLoadWhileTheWindowKeepsPainting) {
   const std::string path = Write("large.txt", "\xEF\xBB\xBF" + text);
   SetBackgroundLoadThreshold(1 << 20);
 
-  // While the load runs, the main loop runs too: a timer sees the progress window.
+  // The load goes on while the main loop runs: the progress window is up when the command
+  // returns, the document arrives later.
+  bool done = false, loaded = false;
+  LoadAsDocument(MainDocumentWindow(), path, [&](bool ok) {
+    loaded = ok;
+    done = true;
+  });
+  EXPECT_FALSE(done);
+  EXPECT_TRUE(FileLoadInProgress());
   bool sawProgress = false;
-  const guint timer = g_timeout_add(5, [](gpointer seen) -> gboolean {
-    GList* top = gtk_window_list_toplevels();
-    for (GList* l = top; l; l = l->next) {
-      if (std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == "NebroLoadProgress") *static_cast<bool*>(seen) = true;
-    }
-    g_list_free(top);
-    return G_SOURCE_CONTINUE;
-  }, &sawProgress);
-  ASSERT_TRUE(LoadAsDocument(path));
-  g_source_remove(timer);
-  SetBackgroundLoadThreshold(32ull << 20);
-
+  GList* top = gtk_window_list_toplevels();
+  for (GList* l = top; l; l = l->next) {
+    if (std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == "NebroLoadProgress") sawProgress = true;
+  }
+  g_list_free(top);
   EXPECT_TRUE(sawProgress);
+  // A close request waits for the load.
+  EXPECT_FALSE(RequestClose());
+  ASSERT_TRUE(nebro::testing::WaitUntil([&] { return done; }));
+  ASSERT_TRUE(loaded);
+  SetBackgroundLoadThreshold(32ull << 20);
   EXPECT_FALSE(FileLoadInProgress());
   EXPECT_TRUE(Text() == text);
   EXPECT_EQ(gMain.doc.encoding, TextEncoding::Utf8Bom);
-  EXPECT_EQ(Send(gMain.editor, SCI_GETEOLMODE), SC_EOL_CRLF);
+  EXPECT_EQ(Send(SCI_GETEOLMODE), SC_EOL_CRLF);
   EXPECT_EQ(Title(), "Nebro - large.txt");
   EXPECT_FALSE(gMain.doc.modified);
-  EXPECT_EQ(Send(gMain.editor, SCI_CANUNDO), 0);
+  EXPECT_EQ(Send(SCI_CANUNDO), 0);
 
   // A refused file is refused the same way on this path.
   const std::string binary = Write("large.bin", std::string("\x7F" "ELF") + std::string(3 << 20, 'x'));
   SetBackgroundLoadThreshold(1 << 20);
-  EXPECT_FALSE(LoadAsDocument(binary));
+  EXPECT_FALSE(LoadDocument(binary));
   SetBackgroundLoadThreshold(32ull << 20);
   ASSERT_FALSE(asked.empty());
   EXPECT_EQ(asked.back().text, "Cannot open binary file.\n\n");

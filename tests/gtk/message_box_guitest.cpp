@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "app/gtk_util_gtk.h"
+#include "gtk/widget_style_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "appearance/current_theme.h"
 #include "settings/settings.h"

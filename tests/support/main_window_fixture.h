@@ -1,0 +1,83 @@
+// The fixture of every GUI test that needs the editor: the real main window, built by
+// CreateMainWindow with its real wiring, on settings at their defaults in a throw-away folder.
+// Every global goes back to its start-of-process state between tests.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <string>
+
+#include "app/main_window_gtk.h"
+#include "appearance/font_aliases_gtk.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/settings.h"
+#include "support/gui_helpers.h"
+
+namespace nebro::testing {
+
+class MainWindowTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    LoadFontAliases();
+    if (!sci::ScintillaLoaded()) ASSERT_EQ(sci::LoadScintilla(), sci::LibraryLoad::Ok);
+    if (!sci::CreateLexerFn()) ASSERT_EQ(sci::LoadLexilla(), sci::LibraryLoad::Ok);
+  }
+
+  void SetUp() override {
+    char name[] = "/tmp/nebro-gui-XXXXXX";
+    folder = mkdtemp(name);
+    ResetMainWindowState();
+    SetConfigRoot(folder + "/config");
+    Configure();
+    ASSERT_TRUE(CreateMainWindow("Nebro", 0, 0, width, height, true));
+    gtk_widget_show(gMain.window);
+    Pump(gMain.window);
+  }
+
+  void TearDown() override {
+    ResetMainWindowState();
+    Pump();
+    std::filesystem::remove_all(folder);
+  }
+
+  // Settings and sizes a test wants before the window exists.
+  virtual void Configure() {}
+
+  // A file in the test's folder.
+  std::string WriteFile(const std::string& name, const std::string& bytes) {
+    const std::string path = folder + "/" + name;
+    FILE* f = fopen(path.c_str(), "wb");
+    fwrite(bytes.data(), 1, bytes.size(), f);
+    fclose(f);
+    return path;
+  }
+
+  // Loads a file as the document through the main window's own path, waiting for a load that
+  // runs in the background. True when it became the document.
+  bool LoadDocument(const std::string& path) {
+    bool done = false, loaded = false;
+    LoadAsDocument(MainDocumentWindow(), path, [&](bool ok) {
+      loaded = ok;
+      done = true;
+    });
+    EXPECT_TRUE(WaitUntil([&] { return done; })) << "the load of " << path << " never ended";
+    return loaded;
+  }
+
+  sci::sptr_t Send(long message, sci::uptr_t w = 0, sci::sptr_t l = 0) { return sci::Send(gMain.editor, message, w, l); }
+  void SetText(const std::string& text) { sci::SendPtr(gMain.editor, sci::SCI_SETTEXT, 0, text.c_str()); }
+  std::string Text() {
+    std::string text(static_cast<size_t>(Send(sci::SCI_GETLENGTH)) + 1, '\0');
+    sci::SendPtr(gMain.editor, sci::SCI_GETTEXT, text.size(), text.data());
+    text.pop_back();
+    return text;
+  }
+
+  std::string folder;
+  int width = 900, height = 600;
+};
+
+}  // namespace nebro::testing

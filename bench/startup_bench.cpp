@@ -11,7 +11,8 @@
 #include <vector>
 
 #include "app/main_window_gtk.h"
-#include "appearance/theme_gtk.h"
+#include "appearance/current_theme.h"
+#include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "search/find_replace_rules.h"
@@ -68,89 +69,63 @@ TEST(FindReplaceSearch, FindTextRangeKeepsToItsRange) {
 
 TEST(FindReplaceSearch, FindNextAndPrevChooseFromTheListWithWrapAround) {
   const Matches m{{0, 3}, {10, 13}, {20, 23}};
-  auto next = ChooseFindNextMatch(m, true, 0, 0, false);
-  EXPECT_TRUE(next.select);
-  EXPECT_EQ(next.index, 0u);
-  EXPECT_EQ(next.status, (FindStatus{"3 matches found.", FindStatusKind::Normal}));
-  EXPECT_EQ(ChooseFindNextMatch(m, true, 10, 0, false).index, 1u);  // a match at the caret
-  EXPECT_EQ(ChooseFindNextMatch(m, true, 13, 10, false).match, (FindMatch{20, 23}));
-
-  // Caret after the last match.
-  next = ChooseFindNextMatch(m, true, 23, 20, false);
-  EXPECT_FALSE(next.select);
-  EXPECT_EQ(next.status, (FindStatus{"No more matches.", FindStatusKind::Warning}));
-  next = ChooseFindNextMatch(m, true, 23, 20, true);
-  EXPECT_EQ(next.match, (FindMatch{0, 3}));
-
+  auto pick = [&m](bool forward, int64_t caret, int64_t selectionStart, bool wrap) {
+    const FindNextOutcome o = ChooseFindNextMatch(m, forward, caret, selectionStart, wrap);
+    return o.select ? o.match.start : -1;
+  };
+  EXPECT_EQ(pick(true, 0, 0, false), 0);
+  EXPECT_EQ(pick(true, 10, 0, false), 10);  // a match at the caret
+  EXPECT_EQ(pick(true, 13, 10, false), 20);
+  EXPECT_EQ(pick(true, 23, 20, false), -1);  // after the last match
+  EXPECT_EQ(pick(true, 23, 20, true), 0);
   // Backward looks before the selection start.
-  EXPECT_EQ(ChooseFindNextMatch(m, false, 23, 20, false).match, (FindMatch{10, 13}));
-  EXPECT_EQ(ChooseFindNextMatch(m, false, 3, 0, true).match, (FindMatch{20, 23}));
-  EXPECT_FALSE(ChooseFindNextMatch(m, false, 3, 0, false).select);
+  EXPECT_EQ(pick(false, 23, 20, false), 10);
+  EXPECT_EQ(pick(false, 3, 0, false), -1);
+  EXPECT_EQ(pick(false, 3, 0, true), 20);
 
-  EXPECT_EQ(ChooseFindNextMatch({}, true, 0, 0, true).status,
-            (FindStatus{"No matches.", FindStatusKind::Warning}));
+  EXPECT_EQ(ChooseFindNextMatch(m, true, 13, 10, false).index, 2u);
+  EXPECT_EQ(ChooseFindNextMatch(m, true, 0, 0, false).status, (FindStatus{"3 matches found.", FindStatusKind::Normal}));
+  EXPECT_EQ(ChooseFindNextMatch(m, true, 23, 20, false).status, (FindStatus{"No more matches.", FindStatusKind::Warning}));
+  EXPECT_EQ(ChooseFindNextMatch({}, true, 0, 0, true).status, (FindStatus{"No matches.", FindStatusKind::Warning}));
   EXPECT_EQ(ChooseFindNextMatch({{5, 6}}, true, 0, 0, true).status.text, "1 match found.");
-}
 
-TEST(FindReplaceSearch, MatchListIsRebuiltOnlyWhenTextOrFlagsChange) {
+  // The list is rebuilt only when the text or a flag changes; it does not look at the document,
+  // so after a replacement it is forgotten.
   MatchListCache cache;
-  const std::string doc = "one One ONE";
-  EXPECT_TRUE(RefreshMatchList(cache, doc, "one", FindTextOptions{}));
+  EXPECT_TRUE(RefreshMatchList(cache, "one One ONE", "one", FindTextOptions{}));
   EXPECT_EQ(cache.matches.size(), 3u);
-  EXPECT_FALSE(RefreshMatchList(cache, doc, "one", FindTextOptions{}));
-  EXPECT_TRUE(RefreshMatchList(cache, doc, "one", FindTextOptions{true, false}));
-  EXPECT_TRUE(RefreshMatchList(cache, doc, "one", FindTextOptions{true, true}));
-  EXPECT_TRUE(RefreshMatchList(cache, doc, "One", FindTextOptions{true, true}));
+  EXPECT_FALSE(RefreshMatchList(cache, "one One ONE", "one", FindTextOptions{}));
+  EXPECT_TRUE(RefreshMatchList(cache, "one One ONE", "one", FindTextOptions{true, false}));
+  EXPECT_TRUE(RefreshMatchList(cache, "one One ONE", "one", FindTextOptions{true, true}));
+  EXPECT_TRUE(RefreshMatchList(cache, "one One ONE", "One", FindTextOptions{true, true}));
   EXPECT_EQ(cache.matches, (Matches{{4, 7}}));
-
-  // The cache does not look at the document; after a replacement it is forgotten.
-  const std::string edited = "One one";
-  EXPECT_FALSE(RefreshMatchList(cache, edited, "One", FindTextOptions{true, true}));
+  EXPECT_FALSE(RefreshMatchList(cache, "One one", "One", FindTextOptions{true, true}));
   ForgetMatchList(cache);
   EXPECT_TRUE(cache.matches.empty());
-  EXPECT_TRUE(RefreshMatchList(cache, edited, "One", FindTextOptions{true, true}));
+  EXPECT_TRUE(RefreshMatchList(cache, "One one", "One", FindTextOptions{true, true}));
   EXPECT_EQ(cache.matches, (Matches{{0, 3}}));
 }
 
-TEST(FindReplaceRules, HistoryMovesRepeatsToTheFrontAndDropsTheTenth) {
+TEST(FindReplaceRules, HistoryFieldsStatusRangeAndHighlightAll) {
   auto entry = [](int i) { return u"t" + std::u16string(1, static_cast<char16_t>(u'0' + i)); };
   FindHistory h;
   EXPECT_FALSE(AddToFindHistory(h, u""));
-  EXPECT_TRUE(h[0].empty());
   for (int i = 9; i >= 0; --i) AddToFindHistory(h, entry(i));  // t0 first ... t9 last
   AddToFindHistory(h, entry(4));  // already there: moves up, nothing is duplicated
-  EXPECT_EQ(h, (FindHistory{entry(4), entry(0), entry(1), entry(2), entry(3), entry(5), entry(6),
-                            entry(7), entry(8), entry(9)}));
-  AddToFindHistory(h, u"T0");  // comparison is case-sensitive: a new entry, the tenth drops
-  const FindHistory pushed{u"T0",     entry(4), entry(0), entry(1), entry(2),
-                           entry(3), entry(5), entry(6), entry(7), entry(8)};
-  EXPECT_EQ(h, pushed);
-  AddToFindHistory(h, u"T0");  // already first: nothing moves
-  EXPECT_EQ(h, pushed);
-
+  AddToFindHistory(h, u"T0");     // comparison is case-sensitive: new, and the tenth drops
+  AddToFindHistory(h, u"T0");     // already first: nothing moves
+  EXPECT_EQ(h, (FindHistory{u"T0", entry(4), entry(0), entry(1), entry(2), entry(3), entry(5),
+                            entry(6), entry(7), entry(8)}));
   // Entries hold at most 255 units; a longer text matches its own earlier entry.
   FindHistory longer;
-  const std::u16string big(300, u'x');
-  AddToFindHistory(longer, big);
-  AddToFindHistory(longer, big);
+  AddToFindHistory(longer, std::u16string(300, u'x'));
+  AddToFindHistory(longer, std::u16string(300, u'x'));
   EXPECT_EQ(longer[0].size(), 255u);
   EXPECT_TRUE(longer[1].empty());
-
   FindHistory sparse;
   sparse[0] = u"one";
   sparse[3] = u"two";
   EXPECT_EQ(FindHistoryComboEntries(sparse), (std::vector<std::u16string>{u"one", u"two"}));
-}
-
-TEST(FindReplaceRules, StatusFieldTextRangeAndHighlightAll) {
-  EXPECT_EQ(MatchCountStatus(1, FindStatusKind::Normal).text, "1 match found.");
-  EXPECT_EQ(MatchCountStatus(12345, FindStatusKind::ResultCount),
-            (FindStatus{"12345 matches found.", FindStatusKind::ResultCount}));
-  EXPECT_EQ(ReplaceAllStatus(0), (FindStatus{"No occurrences found.", FindStatusKind::Warning}));
-  EXPECT_EQ(ReplaceAllStatus(42), (FindStatus{"42 occurrence(s) replaced.", FindStatusKind::ResultCount}));
-  const Colour text = Rgb(1, 2, 3);
-  EXPECT_EQ(FindStatusColour(FindStatusKind::Normal, text), text);
-  EXPECT_NE(FindStatusColour(FindStatusKind::Warning, text), FindStatusColour(FindStatusKind::ResultCount, text));
 
   // Fields are read up to 255 UTF-16 units; a surrogate pair is not split.
   EXPECT_EQ(ClipFindFieldText(std::string(300, 'a')), std::string(255, 'a'));
@@ -159,24 +134,28 @@ TEST(FindReplaceRules, StatusFieldTextRangeAndHighlightAll) {
   for (int i = 0; i < 256; ++i) accents += "\xC3\xA9";  // one unit each
   EXPECT_EQ(ClipFindFieldText(accents), accents.substr(0, 510));
 
-  EXPECT_EQ(ResolveReplaceAllRange(100, 10, 20, false).end, 100);
-  auto r = ResolveReplaceAllRange(100, 20, 10, true);
-  EXPECT_EQ(r.start, 10);
-  EXPECT_EQ(r.end, 20);
-  EXPECT_FALSE(r.clearInSelection);
-  r = ResolveReplaceAllRange(100, 30, 30, true);  // no selection: whole document, box cleared
-  EXPECT_EQ(r.start, 0);
-  EXPECT_EQ(r.end, 100);
-  EXPECT_TRUE(r.clearInSelection);
+  EXPECT_EQ(MatchCountStatus(12345, FindStatusKind::ResultCount),
+            (FindStatus{"12345 matches found.", FindStatusKind::ResultCount}));
+  EXPECT_EQ(ReplaceAllStatus(0), (FindStatus{"No occurrences found.", FindStatusKind::Warning}));
+  EXPECT_EQ(ReplaceAllStatus(42), (FindStatus{"42 occurrence(s) replaced.", FindStatusKind::ResultCount}));
+  EXPECT_EQ(FindStatusColour(FindStatusKind::Normal, Rgb(1, 2, 3)), Rgb(1, 2, 3));
+
+  auto range = [](int64_t start, int64_t end, bool inSelection) {
+    const ReplaceAllRange r = ResolveReplaceAllRange(100, start, end, inSelection);
+    return std::tuple(r.start, r.end, r.clearInSelection);
+  };
+  EXPECT_EQ(range(10, 20, false), std::tuple(0, 100, false));
+  EXPECT_EQ(range(20, 10, true), std::tuple(10, 20, false));
+  EXPECT_EQ(range(30, 30, true), std::tuple(0, 100, true));  // no selection: the box is cleared
 
   const Matches m{{0, 2}, {5, 7}};
-  auto h = DecideHighlightAll(m, true);
-  EXPECT_TRUE(h.mark && h.selectLast);
-  EXPECT_EQ(h.last, (FindMatch{5, 7}));
-  EXPECT_EQ(h.status, (FindStatus{"2 matches found.", FindStatusKind::ResultCount}));
-  h = DecideHighlightAll(m, false);
-  EXPECT_FALSE(h.mark || h.selectLast);
-  EXPECT_EQ(h.status.text, "2 matches found.");
+  auto h1 = DecideHighlightAll(m, true);
+  EXPECT_TRUE(h1.mark && h1.selectLast);
+  EXPECT_EQ(h1.last, (FindMatch{5, 7}));
+  EXPECT_EQ(h1.status, (FindStatus{"2 matches found.", FindStatusKind::ResultCount}));
+  auto h2 = DecideHighlightAll(m, false);
+  EXPECT_FALSE(h2.mark || h2.selectLast);
+  EXPECT_EQ(h2.status.text, "2 matches found.");
   EXPECT_EQ(DecideHighlightAll({}, true).status, (FindStatus{"No matches found.", FindStatusKind::Warning}));
 }
 

@@ -234,23 +234,17 @@ TEST(RegexWorker, FindAllFindMoreToTheEndWithResultsFile) {
   EXPECT_EQ(state.log.resultsPath, (folder.path / "regex_20250307_091502_7.txt").string());
   EXPECT_FALSE(ResultsFileOpen(state.log));
 
-  for (int run = 0; run < 2; ++run) {
+  for (RegexCompletion expected : {RegexCompletion::Stopped, RegexCompletion::Stopped, RegexCompletion::Complete}) {
     RegexSearchRequest more = Request(u"\\w\\d", document, 2, 0, true);
-    EXPECT_EQ(RunRegexSearch(more, state, hooks), RegexCompletion::Stopped);
+    EXPECT_EQ(RunRegexSearch(more, state, hooks), expected);
   }
-  RegexSearchRequest last = Request(u"\\w\\d", document, 2, 0, true);
-  EXPECT_EQ(RunRegexSearch(last, state, hooks), RegexCompletion::Complete);
   EXPECT_FALSE(state.sessionActive);
   EXPECT_EQ(state.totalMatches, 6u);
   // "d\u00E94" has no \w before the digit: 'é' is not an ASCII word character.
-  std::vector<std::u16string> texts;
-  std::vector<int64_t> lines;
-  for (const RegexMatch& m : state.results) {
-    texts.push_back(m.text);
-    lines.push_back(m.line);
-  }
-  EXPECT_EQ(texts, (std::vector<std::u16string>{u"a1", u"b2", u"c3", u"e5", u"f6", u"g7"}));
-  EXPECT_EQ(lines, (std::vector<int64_t>{1, 1, 2, 2, 3, 3}));
+  std::vector<std::pair<std::u16string, int64_t>> found;
+  for (const RegexMatch& m : state.results) found.emplace_back(m.text, m.line);
+  EXPECT_EQ(found, (std::vector<std::pair<std::u16string, int64_t>>{
+                       {u"a1", 1}, {u"b2", 1}, {u"c3", 2}, {u"e5", 2}, {u"f6", 3}, {u"g7", 3}}));
   EXPECT_EQ(state.results.back().start, 21);  // the emoji is two units
   EXPECT_EQ(recorder.batches.size(), 3u);
   EXPECT_NE(std::find(recorder.events.begin(), recorder.events.end(), "Found 6 matches (100%)..."),

@@ -91,42 +91,6 @@ TEST(FileLoad, BinaryRefusalsLookAtSignaturesAndTheFirstKilobyte) {
   EXPECT_EQ(controls.title, "Nebro - Cannot Open");
 }
 
-TEST(FileLoad, ByteOrderMarksAndLineEndings) {
-  TempFolder folder;
-  Loaded r = LoadBytes(folder, "\xEF\xBB\xBFh\xC3\xA9");
-  EXPECT_EQ(r.encoding, TextEncoding::Utf8Bom);
-  EXPECT_EQ(r.text, "h\xC3\xA9");
-  // An incomplete mark is text; bytes that are not UTF-8 pass unchanged.
-  for (const std::string text : {"\xEF\xBB", "\xEF" "abc", "caf\xE9\n", "", "x"}) {
-    r = LoadBytes(folder, text);
-    EXPECT_EQ(r.decision, LoadDecision::Loaded);
-    EXPECT_EQ(r.encoding, TextEncoding::Utf8);
-    EXPECT_EQ(r.text, text);
-  }
-  // Only a UTF-16 mark (and an odd byte, which is dropped): an empty document.
-  r = LoadBytes(folder, "\xFE\xFF\x41");
-  EXPECT_EQ(r.encoding, TextEncoding::Utf16Be);
-  EXPECT_EQ(r.text, "");
-  // The high half whose low half would be the dropped odd byte is unpaired.
-  EXPECT_EQ(LoadBytes(folder, std::string("\xFE\xFF\xD8\x3D\xDE", 5)).text, "\xEF\xBF\xBD");
-
-  EXPECT_EQ(LoadBytes(folder, "a\r\nb\r\n").eol, LineEndingMode::CRLF);
-  EXPECT_EQ(LoadBytes(folder, "a\rb\r").eol, LineEndingMode::CR);
-  EXPECT_EQ(LoadBytes(folder, "a\nb\n").eol, LineEndingMode::LF);
-  EXPECT_FALSE(LoadBytes(folder, "no line end").eol.has_value());
-  // A bare CR and later a bare LF: CRLF, though no pair occurs.
-  EXPECT_EQ(LoadBytes(folder, "a\rb\nc").eol, LineEndingMode::CRLF);
-  // One CRLF among a thousand LFs; endings are never converted.
-  std::string many;
-  for (int i = 0; i < 1000; ++i) many += "line\n";
-  many += "last\r\n";
-  const Loaded mixed = LoadBytes(folder, many);
-  EXPECT_EQ(mixed.eol, LineEndingMode::CRLF);
-  EXPECT_EQ(mixed.text, many);
-  // Detected on the decoded text of a UTF-16 file.
-  EXPECT_EQ(LoadBytes(folder, std::string("\xFF\xFE" "a\0\r\0", 6)).eol, LineEndingMode::CR);
-}
-
 TEST(FileLoad, DecodingAgreesWithTheSharedConverterOnRandomUnits) {
   // Many random unit sequences, rich in surrogates, through the file decoder and through the
   // program's UTF-16 helper: both must give the same bytes in both byte orders.

@@ -112,37 +112,29 @@ TEST(MarkdownPage, FontTitleAndEmptyText) {
   EXPECT_EQ(out, "kept|" + alone);
 }
 
-TEST(MarkdownFile, WritesThePageAndReportsFailures) {
+TEST(MarkdownFile, WritesThePageOrNothing) {
   const fs::path dir = fs::temp_directory_path() / ("nebro_md_" + std::to_string(::getpid()));
   fs::create_directories(dir);
   const std::string path = (dir / "out.html").string();
   const MarkdownPageOptions options = Opts("/x/doc.md", "Georgia", 12, 1);
+  std::string page;
+  ASSERT_TRUE(RenderMarkdownPage(std::string_view("# Hi\n- a"), options, page));
 
   // An existing longer file is truncated; the bytes are the page, without a BOM.
   WriteFile(path, std::string(100000, 'z'));
   ASSERT_TRUE(RenderMarkdownToHtmlFile(path, std::string_view("# Hi\n- a"), options));
-  std::string page;
-  ASSERT_TRUE(RenderMarkdownPage(std::string_view("# Hi\n- a"), options, page));
   EXPECT_EQ(ReadFile(path), page);
   EXPECT_EQ(page.compare(0, 15, "<!DOCTYPE html>"), 0);
-
   ASSERT_TRUE(RenderMarkdownToHtmlFile(path, std::u16string_view(u"# Hi\n- a"), options));
   EXPECT_EQ(ReadFile(path), page);
 
-  // Empty text: false, and no file is created.
+  // Empty text: no file; a file that cannot be opened or written: false.
   const std::string none = (dir / "none.html").string();
   EXPECT_FALSE(RenderMarkdownToHtmlFile(none, std::string_view(), options));
   EXPECT_FALSE(RenderMarkdownToHtmlFile(none, std::u16string_view(), options));
   EXPECT_FALSE(fs::exists(none));
-
-  // A file that cannot be opened.
-  EXPECT_FALSE(RenderMarkdownToHtmlFile((dir / "missing" / "x.html").string(),
-                                        std::string_view("text"), options));
-  EXPECT_FALSE(RenderMarkdownToHtmlFile(dir.string(), std::string_view("text"), options));
-
-  // A device that refuses the write.
-  if (fs::exists("/dev/full")) {
-    EXPECT_FALSE(RenderMarkdownToHtmlFile("/dev/full", std::string_view("text"), options));
+  for (const std::string& bad : {(dir / "missing" / "x.html").string(), dir.string(), std::string("/dev/full")}) {
+    EXPECT_FALSE(RenderMarkdownToHtmlFile(bad, std::string_view("text"), options)) << bad;
   }
   fs::remove_all(dir);
 }
@@ -153,33 +145,26 @@ TEST(MarkdownPage, ProgressFollowsTheExportStepAndCanStop) {
     for (int i = 0; i < n; ++i) text += "line\n";
     return text;
   };
-  struct Call {
-    uint32_t line, total;
-    bool operator==(const Call&) const = default;
-  };
-  std::vector<Call> calls;
+  using Calls = std::vector<std::pair<uint32_t, uint32_t>>;
+  Calls calls;
   auto record = [&](uint32_t line, uint32_t total) {
-    calls.push_back({line, total});
+    calls.emplace_back(line, total);
     return true;
   };
   std::string out;
-
-  // Up to 1,000 lines: every 50 lines, 1-based, from line 1.
+  // Up to 1,000 lines: every 50 lines, 1-based, from line 1; above, every line count / 100.
   ASSERT_TRUE(RenderMarkdownPage(lines(120), {}, out, record));
-  EXPECT_EQ(calls, (std::vector<Call>{{1, 120}, {51, 120}, {101, 120}}));
-
-  // Above: every line count / 100 lines.
+  EXPECT_EQ(calls, (Calls{{1, 120}, {51, 120}, {101, 120}}));
   calls.clear();
   ASSERT_TRUE(RenderMarkdownPage(lines(1001), {}, out, record));
   ASSERT_EQ(calls.size(), 101u);
-  EXPECT_EQ(calls[1], (Call{11, 1001}));
-  EXPECT_EQ(calls.back(), (Call{1001, 1001}));
-
+  EXPECT_EQ(calls[1], (std::pair<uint32_t, uint32_t>{11, 1001}));
+  EXPECT_EQ(calls.back(), (std::pair<uint32_t, uint32_t>{1001, 1001}));
   // Line count by the renderer's own split: CR LF is one break, a lone CR another, and a final
   // break adds no line.
   calls.clear();
   ASSERT_TRUE(RenderMarkdownPage(std::string_view("a\r\nb\rc\n"), {}, out, record));
-  EXPECT_EQ(calls, (std::vector<Call>{{1, 3}}));
+  EXPECT_EQ(calls, (Calls{{1, 3}}));
 
   // Stopping leaves the string as it was and writes no file.
   out = "before";

@@ -263,75 +263,65 @@ TEST(RegexWorker, FindAllFindMoreToTheEndWithResultsFile) {
 TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
   TempFolder folder("worker");
   Recorder recorder;
-  RegexWorkerHooks hooks = recorder.Hooks(folder.path.string());
+  const RegexWorkerHooks hooks = recorder.Hooks(folder.path.string());
+  auto run = [&hooks](RegexSearchState& state, std::u16string pattern, std::string document,
+                      uint64_t batchSize, uint64_t maxMatches, bool findMore = false) {
+    RegexSearchRequest request = Request(std::move(pattern), std::move(document), batchSize, maxMatches, findMore);
+    request.outputFormat = 0;
+    return RunRegexSearch(request, state, hooks);
+  };
 
   // A cap below the batch size stops at exactly the cap, writes the footer, ends the session.
-  {
-    RegexSearchState state;
-    RegexSearchRequest request = Request(u"a", "aaaaaaaa", 5, 3);
-    request.outputFormat = 0;
-    EXPECT_EQ(RunRegexSearch(request, state, hooks), RegexCompletion::Stopped);
-    EXPECT_EQ(state.results.size(), 3u);
-    EXPECT_FALSE(state.sessionActive);
-    const std::string file = ReadFile(state.log.resultsPath);
-    EXPECT_NE(file.find("a\na\na\n\n[FIND ALL] "), std::string::npos);
-    EXPECT_NE(file.find("Total matches found: 3\n"), std::string::npos);
-  }
+  RegexSearchState capped;
+  EXPECT_EQ(run(capped, u"a", "aaaaaaaa", 5, 3), RegexCompletion::Stopped);
+  EXPECT_EQ(capped.results.size(), 3u);
+  EXPECT_FALSE(capped.sessionActive);
+  const std::string file = ReadFile(capped.log.resultsPath);
+  EXPECT_NE(file.find("a\na\na\n\n[FIND ALL] "), std::string::npos);
+  EXPECT_NE(file.find("Total matches found: 3\n"), std::string::npos);
+
   // A batch size of 0 finds nothing and keeps the session open.
-  {
-    RegexSearchState state;
-    RegexSearchRequest request = Request(u"a", "aaa", 0, 0);
-    EXPECT_EQ(RunRegexSearch(request, state, hooks), RegexCompletion::Stopped);
-    EXPECT_TRUE(state.results.empty());
-    EXPECT_TRUE(state.sessionActive);
-  }
+  RegexSearchState empty;
+  EXPECT_EQ(run(empty, u"a", "aaa", 0, 0), RegexCompletion::Stopped);
+  EXPECT_TRUE(empty.results.empty());
+  EXPECT_TRUE(empty.sessionActive);
+
   // A cancelled session has no footer; Find More appends to its file and ends it.
-  {
-    RegexSearchState state;
-    state.cancelRequested = true;
-    RegexSearchRequest request = Request(u"a", "aaa", 2, 0);
-    EXPECT_EQ(RunRegexSearch(request, state, hooks), RegexCompletion::Stopped);
-    EXPECT_TRUE(state.results.empty());
-    EXPECT_TRUE(state.sessionActive);
-    const std::string path = state.log.resultsPath;
-    EXPECT_EQ(ReadFile(path).find("[FIND ALL]"), std::string::npos);
-    state.cancelRequested = false;
-    RegexSearchRequest more = Request(u"a", "aaa", 5, 0, true);
-    EXPECT_EQ(RunRegexSearch(more, state, hooks), RegexCompletion::Complete);
-    EXPECT_EQ(state.results.size(), 3u);
-    EXPECT_NE(ReadFile(path).find("Total matches found: 3\n"), std::string::npos);
-  }
+  RegexSearchState cancelled;
+  cancelled.cancelRequested = true;
+  EXPECT_EQ(run(cancelled, u"a", "aaa", 2, 0), RegexCompletion::Stopped);
+  EXPECT_TRUE(cancelled.results.empty());
+  EXPECT_TRUE(cancelled.sessionActive);
+  EXPECT_EQ(ReadFile(cancelled.log.resultsPath).find("[FIND ALL]"), std::string::npos);
+  cancelled.cancelRequested = false;
+  EXPECT_EQ(run(cancelled, u"a", "aaa", 5, 0, true), RegexCompletion::Complete);
+  EXPECT_EQ(cancelled.results.size(), 3u);
+  EXPECT_NE(ReadFile(cancelled.log.resultsPath).find("Total matches found: 3\n"), std::string::npos);
+
   // An invalid pattern changes nothing of the session.
-  {
-    RegexSearchState state;
-    RegexSearchRequest request = Request(u"a", "aaaa", 2, 0);
-    RunRegexSearch(request, state, hooks);
-    const std::string path = state.log.resultsPath;
-    RegexSearchRequest bad = Request(u"(a", "bbbb", 2, 0);
-    EXPECT_EQ(RunRegexSearch(bad, state, hooks), RegexCompletion::InvalidPattern);
-    EXPECT_EQ(state.pattern, u"a");
-    EXPECT_EQ(state.results.size(), 2u);
-    EXPECT_EQ(state.log.resultsPath, path);
-    EXPECT_EQ(state.documentUtf8, "aaaa");
-    EXPECT_TRUE(state.sessionActive);
-  }
+  RegexSearchState kept;
+  run(kept, u"a", "aaaa", 2, 0);
+  const std::string path = kept.log.resultsPath;
+  EXPECT_EQ(run(kept, u"(a", "bbbb", 2, 0), RegexCompletion::InvalidPattern);
+  EXPECT_EQ(kept.pattern, u"a");
+  EXPECT_EQ(kept.results.size(), 2u);
+  EXPECT_EQ(kept.log.resultsPath, path);
+  EXPECT_EQ(kept.documentUtf8, "aaaa");
+  EXPECT_TRUE(kept.sessionActive);
+
   // Without "Color results" the dialog receives no batches; the results still collect.
-  {
-    RegexSearchState state;
-    recorder.color = false;
-    recorder.batches.clear();
-    RegexSearchRequest request = Request(u"a", "aaa", 10, 0);
-    EXPECT_EQ(RunRegexSearch(request, state, hooks), RegexCompletion::Complete);
-    EXPECT_TRUE(recorder.batches.empty());
-    EXPECT_EQ(state.results.size(), 3u);
-    recorder.color = true;
-  }
+  RegexSearchState plain;
+  recorder.color = false;
+  recorder.batches.clear();
+  EXPECT_EQ(run(plain, u"a", "aaa", 10, 0), RegexCompletion::Complete);
+  EXPECT_TRUE(recorder.batches.empty());
+  EXPECT_EQ(plain.results.size(), 3u);
+
   // No folder, or one that cannot be written: no file, the search works as usual.
   for (const std::string& where : {std::string(), std::string("/proc/nebro-no-such-folder")}) {
     RegexSearchState state;
-    RegexWorkerHooks noFile = recorder.Hooks(where);
     RegexSearchRequest request = Request(u"a", "aaa", 10, 0);
-    EXPECT_EQ(RunRegexSearch(request, state, noFile), RegexCompletion::Complete);
+    EXPECT_EQ(RunRegexSearch(request, state, recorder.Hooks(where)), RegexCompletion::Complete);
     EXPECT_EQ(state.results.size(), 3u);
     EXPECT_FALSE(ResultsFileOpen(state.log));
   }

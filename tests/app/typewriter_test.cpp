@@ -5,16 +5,16 @@
 using namespace nebro;
 
 TEST(Typewriter, SoundsDependOnBothFlags) {
-  EXPECT_EQ(TypewriterSoundFor(true, true, 'a'), TypewriterSound::Key);
-  EXPECT_EQ(TypewriterSoundFor(true, false, ' '), TypewriterSound::Key);
-  EXPECT_EQ(TypewriterSoundFor(true, false, '~'), TypewriterSound::Key);
-  EXPECT_EQ(TypewriterSoundFor(true, true, 13), TypewriterSound::NewLine);
-  EXPECT_EQ(TypewriterSoundFor(true, false, 13), TypewriterSound::None);
-  // The new-line sound needs the key sound switched on as well.
-  EXPECT_EQ(TypewriterSoundFor(false, true, 13), TypewriterSound::None);
-  EXPECT_EQ(TypewriterSoundFor(false, true, 'a'), TypewriterSound::None);
-  // Tab, delete and non-ASCII characters are silent.
-  EXPECT_EQ(TypewriterSoundFor(true, true, 9), TypewriterSound::None);
-  EXPECT_EQ(TypewriterSoundFor(true, true, 127), TypewriterSound::None);
-  EXPECT_EQ(TypewriterSoundFor(true, true, 0xE9), TypewriterSound::None);
+  using enum TypewriterSound;
+  struct Case {
+    bool keys, newLines;
+    uint32_t c;
+    TypewriterSound sound;
+  } cases[] = {
+      {true, true, 'a', Key},      {true, false, ' ', Key},   {true, false, '~', Key},
+      {true, true, 13, NewLine},   {true, false, 13, None},
+      {false, true, 13, None},     {false, true, 'a', None},  // new lines need key sounds too
+      {true, true, 9, None},       {true, true, 127, None},   {true, true, 0xE9, None},
+  };
+  for (const Case& c : cases) EXPECT_EQ(TypewriterSoundFor(c.keys, c.newLines, c.c), c.sound) << c.c;
 }

@@ -1,9 +1,9 @@
 // The toolbar's layout, hit testing, enabled rules and the colours of each button state.
 #include "appearance/toolbar.h"
 
-#include <gtest/gtest.h>
-
 #include "common/command_ids.h"
+
+#include <gtest/gtest.h>
 
 using namespace nebro;
 
@@ -19,38 +19,21 @@ std::vector<int> Lefts(const Toolbar& t) {
 int Luma(Colour c) { return 299 * static_cast<int>(RedOf(c)) + 587 * static_cast<int>(GreenOf(c)) + 114 * static_cast<int>(BlueOf(c)); }
 
 // The labels come from the command table's rows.
-CommandTable Labels() {
+Toolbar MakeToolbar() {
   CommandTable t;
   const std::pair<int, const char*> rows[] = {{kCmdNew, "New"},       {kCmdOpen, "Open"},         {kCmdSave, "Save"},
                                               {kCmdExport, "Export"}, {kCmdSettings, "Settings"}, {kCmdHelp, "Help"}};
   for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", {}, {}});
-  return t;
+  return nebro::MakeToolbar(t);
 }
-
-Toolbar MakeToolbar() { return nebro::MakeToolbar(Labels()); }
 
 }  // namespace
-
-TEST(Toolbar, ButtonTableInOrder) {
-  const Toolbar t = MakeToolbar();
-  const uint32_t ids[] = {kCmdNew, kCmdOpen, kCmdSave, kCmdExport, kCmdSettings, kCmdHelp};
-  const char* labels[] = {"New", "Open", "Save", "Export", "Settings", "Help"};
-  for (int i = 0; i < kToolbarButtonCount; ++i) {
-    EXPECT_EQ(t.buttons[i].commandId, ids[i]);
-    EXPECT_EQ(t.buttons[i].label, labels[i]);
-    EXPECT_FALSE(t.buttons[i].pressed);
-    EXPECT_EQ(t.buttons[i].enabled, i != kToolbarSaveIndex) << i;
-  }
-  EXPECT_EQ(t.hot, -1);
-  EXPECT_EQ(kToolbarRowWidth, 490);
-}
 
 TEST(Toolbar, LayoutCentresTheRowButNeverLeftOfEight) {
   Toolbar t = MakeToolbar();
   // A narrow client starts at 8 and lets the row run past the right edge.
   LayoutToolbar(t, 400);
   EXPECT_EQ(Lefts(t), (std::vector<int>{8, 91, 174, 257, 340, 423}));
-  EXPECT_GT(t.buttons[5].rect.right, 400);
   for (const ToolbarButton& b : t.buttons) {
     EXPECT_EQ(b.rect.top, 6);
     EXPECT_EQ(b.rect.bottom, 36);
@@ -59,40 +42,28 @@ TEST(Toolbar, LayoutCentresTheRowButNeverLeftOfEight) {
   // A wide one centres it: (1200 - 490) / 2 = 355.
   LayoutToolbar(t, 1200);
   EXPECT_EQ(Lefts(t), (std::vector<int>{355, 438, 521, 604, 687, 770}));
-  EXPECT_EQ(t.buttons[5].rect.right, 845);
-  // Exactly the row plus two margins of 8, and an odd remainder that rounds down.
-  LayoutToolbar(t, 506);
-  EXPECT_EQ(t.buttons[0].rect.left, 8);
-  LayoutToolbar(t, 507);
-  EXPECT_EQ(t.buttons[0].rect.left, 8);
-  LayoutToolbar(t, 509);
-  EXPECT_EQ(t.buttons[0].rect.left, 9);
-  LayoutToolbar(t, 0);
-  EXPECT_EQ(t.buttons[0].rect.left, 8);
+  // An odd remainder rounds down.
+  const std::pair<int, int> firstLeft[] = {{506, 8}, {507, 8}, {509, 9}, {0, 8}};
+  for (const auto& [width, left] : firstLeft) {
+    LayoutToolbar(t, width);
+    EXPECT_EQ(t.buttons[0].rect.left, left) << width;
+  }
 }
 
-TEST(Toolbar, HitTestFindsOnlyEnabledButtonsInsideTheirRectangles) {
+TEST(Toolbar, HitTestAndTheSaveButtonFollowingTheModifiedFlag) {
   Toolbar t = MakeToolbar();
   LayoutToolbar(t, 1200);
   EXPECT_EQ(ToolbarHitTest(t, 355, 6), 0);    // top-left pixel
   EXPECT_EQ(ToolbarHitTest(t, 429, 35), 0);   // bottom-right pixel
   EXPECT_EQ(ToolbarHitTest(t, 430, 20), -1);  // right edge is outside
-  EXPECT_EQ(ToolbarHitTest(t, 433, 20), -1);  // in the gap
   EXPECT_EQ(ToolbarHitTest(t, 440, 5), -1);   // above
   EXPECT_EQ(ToolbarHitTest(t, 440, 36), -1);  // below
-  EXPECT_EQ(ToolbarHitTest(t, 440, 20), 1);
   EXPECT_EQ(ToolbarHitTest(t, 800, 20), 5);
-  EXPECT_EQ(ToolbarHitTest(t, 10, 20), -1);
   // Save is disabled on an unmodified document: not hit, as if nothing were there.
   EXPECT_EQ(ToolbarHitTest(t, 530, 20), -1);
-  UpdateToolbarEnabled(t, true);
-  EXPECT_EQ(ToolbarHitTest(t, 530, 20), kToolbarSaveIndex);
-}
-
-TEST(Toolbar, SaveFollowsTheModifiedFlag) {
-  Toolbar t = MakeToolbar();
   EXPECT_FALSE(UpdateToolbarEnabled(t, false));  // already so
   EXPECT_TRUE(UpdateToolbarEnabled(t, true));
+  EXPECT_EQ(ToolbarHitTest(t, 530, 20), kToolbarSaveIndex);
   for (const ToolbarButton& b : t.buttons) EXPECT_TRUE(b.enabled);
   EXPECT_FALSE(UpdateToolbarEnabled(t, true));
 
@@ -108,18 +79,7 @@ TEST(Toolbar, SaveFollowsTheModifiedFlag) {
   EXPECT_TRUE(t.buttons[3].enabled);
 }
 
-TEST(Toolbar, StripColoursFollowTheDarkFlag) {
-  const ToolbarChrome dark = ToolbarChromeColours(ThemeColorsFor(0));
-  EXPECT_EQ(ColourText(dark.background), "#19191B");
-  EXPECT_EQ(ColourText(dark.topLine), "#46464B");
-  EXPECT_EQ(ColourText(dark.bottomLine), "#37373A");
-  const ToolbarChrome sepia = ToolbarChromeColours(ThemeColorsFor(5));
-  EXPECT_EQ(ColourText(sepia.background), "#F2E8D7");
-  EXPECT_EQ(ColourText(sepia.topLine), "#FFFFFF");
-  EXPECT_EQ(ColourText(sepia.bottomLine), "#D2B99B");
-}
-
-TEST(Toolbar, OrdinaryButtonColoursByState) {
+TEST(Toolbar, ButtonColoursByState) {
   for (ThemeId id = 0; id < kThemeCount; ++id) {
     SCOPED_TRACE(ThemeName(id));
     const ThemeColors& c = ThemeColorsFor(id);
@@ -130,8 +90,7 @@ TEST(Toolbar, OrdinaryButtonColoursByState) {
     EXPECT_EQ(look.fill, c.inputBackground);
     EXPECT_EQ(look.outline, c.pressedBackground);
     EXPECT_EQ(look.text, c.controlText);
-    EXPECT_FALSE(look.highlightLine);
-    EXPECT_FALSE(look.accentLine);
+    EXPECT_FALSE(look.highlightLine || look.accentLine);
 
     t.hot = open;
     look = ToolbarButtonLookFor(t, open, c);
@@ -139,7 +98,6 @@ TEST(Toolbar, OrdinaryButtonColoursByState) {
     EXPECT_EQ(look.outline, c.buttonFocusBorder);
     EXPECT_EQ(look.text, c.strongText);
     EXPECT_TRUE(look.highlightLine);
-    EXPECT_EQ(look.highlight, c.isDark ? Rgb(0x64, 0x64, 0x6E) : Rgb(0xFF, 0xFF, 0xFF));
     const Colour hoverFill = look.fill;
 
     // Pressed (under the mouse, as a press always is): a fill darker than hovering.
@@ -147,66 +105,45 @@ TEST(Toolbar, OrdinaryButtonColoursByState) {
     look = ToolbarButtonLookFor(t, open, c);
     EXPECT_LT(Luma(look.fill), Luma(hoverFill));
     EXPECT_LT(Luma(look.fill), Luma(c.inputBackground));
-    EXPECT_EQ(look.outline, c.buttonFocusBorder);
     EXPECT_EQ(look.text, c.strongText);
-
     // Another button is unaffected by the hot one.
-    look = ToolbarButtonLookFor(t, 0, c);
-    EXPECT_EQ(look.fill, c.inputBackground);
-    EXPECT_EQ(look.text, c.controlText);
-  }
-}
+    EXPECT_EQ(ToolbarButtonLookFor(t, 0, c).fill, c.inputBackground);
 
-TEST(Toolbar, DisabledSaveIsFlatGreyAndNeverHot) {
-  for (ThemeId id : {0u, 1u}) {
-    const ThemeColors& c = ThemeColorsFor(id);
-    Toolbar t = MakeToolbar();
-    t.hot = kToolbarSaveIndex;  // even if the state says so, a disabled button does not light up
+    // The disabled Save button is flat grey and never lights up, whatever the state says.
+    t.hot = kToolbarSaveIndex;
     t.buttons[kToolbarSaveIndex].pressed = true;
-    const ToolbarButtonLook look = ToolbarButtonLookFor(t, kToolbarSaveIndex, c);
+    look = ToolbarButtonLookFor(t, kToolbarSaveIndex, c);
     EXPECT_EQ(look.fill, c.toolbarBackground);
     EXPECT_EQ(look.text, c.disabledText);
     EXPECT_EQ(look.outline, c.pressedBackground);
-    EXPECT_FALSE(look.highlightLine);
-    EXPECT_FALSE(look.accentLine);
+    EXPECT_FALSE(look.highlightLine || look.accentLine);
   }
 }
 
 TEST(Toolbar, ExportIsTheAccentButton) {
-  const ThemeColors& light = ThemeColorsFor(1);
-  const ThemeColors& dark = ThemeColorsFor(0);
-  Toolbar t = MakeToolbar();
   const int e = kToolbarExportIndex;
-
-  ToolbarButtonLook look = ToolbarButtonLookFor(t, e, light);
-  EXPECT_EQ(ColourText(look.fill), "#E1E8F5");
-  EXPECT_TRUE(look.accentLine);
-  EXPECT_EQ(ColourText(look.accent), "#1E64A0");
-  EXPECT_EQ(look.text, light.controlText);
-  EXPECT_EQ(ColourText(ToolbarButtonLookFor(t, e, ThemeColorsFor(5)).fill), "#E1E8F5");  // every light theme
-
-  // Dark themes: a fill of their own, bluer than an ordinary button, and the lighter accent.
-  for (ThemeId id : {0u, 4u}) {
+  Toolbar t = MakeToolbar();
+  // Every light theme shares one resting fill; dark themes get a fill of their own, bluer than
+  // an ordinary button.
+  const Colour lightFill = ToolbarButtonLookFor(t, e, ThemeColorsFor(1)).fill;
+  for (ThemeId id = 0; id < kThemeCount; ++id) {
     const ThemeColors& c = ThemeColorsFor(id);
-    look = ToolbarButtonLookFor(t, e, c);
-    EXPECT_EQ(look.fill, ExportRestingFill(c));
-    EXPECT_NE(look.fill, c.inputBackground);
-    EXPECT_GT(BlueOf(look.fill), BlueOf(c.inputBackground));
-    EXPECT_GT(BlueOf(look.fill), RedOf(look.fill));
-    EXPECT_EQ(ColourText(look.accent), "#4682B4");
+    const ToolbarButtonLook look = ToolbarButtonLookFor(t, e, c);
+    EXPECT_TRUE(look.accentLine) << id;
+    if (c.isDark) {
+      EXPECT_GT(BlueOf(look.fill), BlueOf(c.inputBackground)) << id;
+    } else {
+      EXPECT_EQ(look.fill, lightFill) << id;
+    }
   }
-  EXPECT_EQ(ColourText(ExportRestingFill(dark)), "#2E3A46");
-
+  // Hot: the hover fill, the highlight drawn over the accent; pressed: the accent goes.
+  const ThemeColors& dark = ThemeColorsFor(0);
   t.hot = e;
-  look = ToolbarButtonLookFor(t, e, light);
-  EXPECT_EQ(look.fill, light.hoverBackground);
-  EXPECT_TRUE(look.accentLine);
-  EXPECT_TRUE(look.highlightLine);  // drawn over the accent's first row
-  EXPECT_EQ(look.outline, light.buttonFocusBorder);
-
+  ToolbarButtonLook look = ToolbarButtonLookFor(t, e, dark);
+  EXPECT_EQ(look.fill, dark.hoverBackground);
+  EXPECT_TRUE(look.accentLine && look.highlightLine);
   t.buttons[e].pressed = true;
   look = ToolbarButtonLookFor(t, e, dark);
   EXPECT_EQ(look.fill, dark.pressedBackground);
-  EXPECT_FALSE(look.accentLine);  // the accent goes while pressed
-  EXPECT_EQ(look.text, dark.strongText);
+  EXPECT_FALSE(look.accentLine);
 }

@@ -1,7 +1,6 @@
 #include "export/html_export.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <vector>
 
@@ -30,15 +29,6 @@ std::string Page(const HtmlExportInput& in) {
   return out.str();
 }
 
-// The code column of a page: what lies between the column's opening and the page's end.
-std::string CodeColumn(const std::string& page) {
-  const std::string open = "    <div class=\"code-content\">\n";
-  const size_t from = page.find(open);
-  const size_t to = page.rfind("</div>\n    </div>\n</div>\n</body>\n</html>");
-  if (from == std::string::npos || to == std::string::npos) return "<malformed page>";
-  return page.substr(from + open.size(), to - from - open.size());
-}
-
 }  // namespace
 
 TEST(HtmlExport, CppDocumentMatchesStoredPage) {
@@ -56,25 +46,10 @@ TEST(HtmlExport, CppDocumentMatchesStoredPage) {
   ExpectStored(Page(DarkInput(doc)), "cpp_dark.html");
 }
 
-TEST(HtmlExport, EmptyAndLineBreakOnlyDocuments) {
-  // An empty text is one empty line; a text that ends with LF has a final empty line.
+TEST(HtmlExport, EmptyDocumentAndTheNumberColumn) {
+  // An empty text is one empty line.
   ExpectStored(Page(DarkInput(Runs({}))), "empty.html");
 
-  const std::string twoBreaks = Page(DarkInput(Runs({{"\n\n", 0}})));
-  EXPECT_NE(twoBreaks.find("<div class=\"line-number\">3</div>\n"), std::string::npos);
-  EXPECT_EQ(twoBreaks.find("<div class=\"line-number\">4</div>"), std::string::npos);
-  EXPECT_EQ(CodeColumn(twoBreaks),
-            "        <div class=\"code-line\"></div>\n"
-            "        <div class=\"code-line\"></div>\n"
-            "        <div class=\"code-line\"></div>\n");
-
-  const std::string oneLine = Page(DarkInput(Runs({{"x\n", 0}})));
-  EXPECT_EQ(CodeColumn(oneLine),
-            "        <div class=\"code-line\"><span class=\"s0\">x</span></div>\n"
-            "        <div class=\"code-line\"></div>\n");
-}
-
-TEST(HtmlExport, NumberColumnCountsEveryLine) {
   // 10,000 line breaks: 10,001 numbered lines, through every change in the number of digits.
   const std::string page = Page(DarkInput(Runs({{std::string(10000, '\n'), 0}})));
   std::string expected = "    <div class=\"line-numbers\">\n";
@@ -84,22 +59,13 @@ TEST(HtmlExport, NumberColumnCountsEveryLine) {
   const size_t from = page.find("    <div class=\"line-numbers\">\n");
   ASSERT_NE(from, std::string::npos);
   EXPECT_EQ(page.substr(from, expected.size()), expected);
-}
 
-TEST(HtmlExport, RunsFollowTheLowSevenBitsOfTheStyle) {
-  // Style 0 gets its own span; 0x85 and 5 are one run of style 5; 0xFF reads as 127; a CR stays
-  // in its line while the LF splits; a run that crosses a line end is cut there.
-  const Doc doc = Runs({{"a<b", 0}, {"if", 5}, {"x", 0x85}, {"y", 0xFF}, {"s\r\nt", 6}});
-  EXPECT_EQ(CodeColumn(Page(DarkInput(doc))),
-            "        <div class=\"code-line\"><span class=\"s0\">a&lt;b</span>"
-            "<span class=\"s5\">ifx</span><span class=\"s127\">y</span>"
-            "<span class=\"s6\">s\r</span></div>\n"
-            "        <div class=\"code-line\"><span class=\"s6\">t</span></div>\n");
-
-  const Doc escapes = Runs({{"&<>\"'\t.", 3}});
-  EXPECT_EQ(CodeColumn(Page(DarkInput(escapes))),
-            "        <div class=\"code-line\"><span class=\"s3\">"
-            "&amp;&lt;&gt;&quot;&#39;    .</span></div>\n");
+  // Style bytes that do not pair with the text bytes are refused.
+  const Doc doc = Runs({{"int", 5}, {" x;", 0}});
+  HtmlExportInput bad = DarkInput(doc);
+  bad.document.styles = bad.document.styles.substr(1);
+  ExportBytes out;
+  EXPECT_EQ(BuildHtmlPage(bad, out), ExportResult::BadInput);
 }
 
 TEST(HtmlExport, StyleRulesSkipUnsetValues) {
@@ -124,44 +90,32 @@ TEST(HtmlExport, StyleRulesSkipUnsetValues) {
             "        .s3 { background-color: #010203; }\n"
             "        .s4 { }\n"
             "        .s127 { color: #000001; font-style: italic; }\n");
-  // Style 1 has no rule, yet its text still gets a span.
-  EXPECT_EQ(CodeColumn(page), "        <div class=\"code-line\"><span class=\"s1\">k</span></div>\n");
 }
 
 TEST(HtmlExport, ProgressFollowsTheStepRuleAndCancelStopsAtALine) {
-  auto linesOf = [](int count) {
+  auto progressOf = [](int count) {
     std::string text;
     for (int i = 0; i < count; ++i) text += "x;\n";
     text.pop_back();  // `count` lines, no final empty one
-    return Runs({{text, 0}});
-  };
-  auto progressOf = [&](int count) {
-    const Doc doc = linesOf(count);
-    HtmlExportInput in = DarkInput(doc);
+    const Doc doc = Runs({{text, 0}});
     std::vector<uint32_t> posted;
     ExportMonitor monitor;
     monitor.onProgress = [&posted](uint32_t line) { posted.push_back(line); };
     ExportBytes out;
-    EXPECT_EQ(BuildHtmlPage(in, out, monitor), ExportResult::Ok);
+    EXPECT_EQ(BuildHtmlPage(DarkInput(doc), out, monitor), ExportResult::Ok);
     return posted;
   };
-
   std::vector<uint32_t> every50;
   for (uint32_t line = 1; line <= 1000; line += 50) every50.push_back(line);
   EXPECT_EQ(progressOf(1000), every50);
-  const std::vector<uint32_t> big = progressOf(5000);
-  ASSERT_EQ(big.size(), 100u);
-  EXPECT_EQ(big[1], 51u);
-  EXPECT_EQ(big.back(), 4951u);
   const std::vector<uint32_t> step10 = progressOf(1001);
   ASSERT_EQ(step10.size(), 101u);
-  EXPECT_EQ(step10[0], 1u);
   EXPECT_EQ(step10[1], 11u);
   EXPECT_EQ(step10.back(), 1001u);
 
   // The cancel hook is asked once per line before the line is written; answering true on the
   // third question stops the page with nothing kept.
-  const Doc doc = linesOf(10);
+  const Doc doc = Runs({{"1\n2\n3\n4\n5\n6\n7\n8\n9\n10", 0}});
   int asked = 0;
   ExportMonitor monitor;
   monitor.isCancelled = [&asked] { return ++asked == 3; };
@@ -170,34 +124,8 @@ TEST(HtmlExport, ProgressFollowsTheStepRuleAndCancelStopsAtALine) {
   EXPECT_EQ(BuildHtmlPage(DarkInput(doc), out, monitor), ExportResult::Cancelled);
   EXPECT_EQ(asked, 3);
   EXPECT_TRUE(out.empty());
-
   asked = 0;
   monitor.isCancelled = [&asked] { return ++asked > 1000; };
   EXPECT_EQ(BuildHtmlPage(DarkInput(doc), out, monitor), ExportResult::Ok);
   EXPECT_EQ(asked, 10);
-}
-
-TEST(HtmlExport, FileFormWritesThePageOrNothing) {
-  char folder[] = "/tmp/nebro_html_export_XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  const std::string path = std::string(folder) + "/page.html";
-  const Doc doc = Runs({{"int", 5}, {" x;", 0}});
-  const HtmlExportInput in = DarkInput(doc);
-
-  ExportMonitor cancel;
-  cancel.isCancelled = [] { return true; };
-  EXPECT_EQ(ExportHtmlToFile(in, path, cancel), ExportResult::Cancelled);
-  EXPECT_NE(access(path.c_str(), F_OK), 0);
-
-  EXPECT_EQ(ExportHtmlToFile(in, path), ExportResult::Ok);
-  EXPECT_EQ(ReadFile(path), Page(in));
-
-  // Style bytes that do not pair with the text bytes are refused.
-  HtmlExportInput bad = in;
-  bad.document.styles = bad.document.styles.substr(1);
-  ExportBytes out;
-  EXPECT_EQ(BuildHtmlPage(bad, out), ExportResult::BadInput);
-
-  unlink(path.c_str());
-  rmdir(folder);
 }

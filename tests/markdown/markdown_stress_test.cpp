@@ -103,61 +103,36 @@ TEST(MarkdownStress, FloodsOfLinesAndBlocks) {
 }
 
 TEST(MarkdownStress, ByteRendererMatchesTheUtf16Model) {
-  static const char* const kPieces[] = {
-      "*",
-      "**",
-      "***",
-      "_",
-      "__",
-      "`",
-      "#",
-      "# ",
-      "## ",
-      "### ",
-      "#### ",
-      "- ",
-      "* ",
-      "> ",
-      "1. ",
-      "12. ",
-      "123. ",
-      ".",
-      ". ",
-      "1.",
-      "9",
-      " ",
-      "\t",
-      "\r",
-      "\n",
-      "\r\n",
-      "\n\r",
-      "a",
-      "bc",
-      "\xC3\xA9",
-      "\xF0\x9F\x98\x80",
-      "\xFF",
-      "\xE2\x82",
-      "\xED\xA0\x80",
-      "&",
-      "<",
-      ">",
-      "\"",
-      "'",
-      "---",
-      "___",
+  // Markers, block starts, line ends, entities, and UTF-8 both well-formed and not (a lone
+  // continuation byte, overlong, surrogate, cut-short and beyond-U+10FFFF sequences).
+  static const std::string_view kPieces[] = {
+      "*", "**", "***", "_", "__", "`", "#", "# ", "## ", "### ", "#### ", "- ", "* ", "> ",
+      "1. ", "12. ", "123. ", ".", ". ", "1.", "9", " ", "\t", "\r", "\n", "\r\n", "\n\r", "a",
+      "bc", "&", "<", ">", "\"", "'", "---", "___", "\xC3\xA9", "\xF0\x9F\x98\x80", "\xFF",
+      "\x80", "\xE2\x82", "\xED\xA0\x80", "\xED\x9F\xBF", "\xC0\xAF", "\xE0\x9F\xBF",
+      "\xE0\xA0\x80", "\xF4\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80",
+      std::string_view("\0", 1),
   };
   std::mt19937 random(20240611);
   std::uniform_int_distribution<size_t> pieceOf(0, std::size(kPieces) - 1);
   std::uniform_int_distribution<int> lengthOf(1, 40);
+  auto compare = [](std::string_view utf8, const std::u16string& wide, const std::string& what) {
+    const std::string expected = markdown_model::Body(wide);
+    ASSERT_EQ(RenderBody(utf8), expected) << what;
+    std::string page;
+    ASSERT_TRUE(RenderMarkdownPage(wide, {}, page));
+    ASSERT_EQ(Body(page), expected) << what;
+    // The inline rules and the escaping on their own, through both entries.
+    ASSERT_EQ(RenderInlineMarkdown(utf8), markdown_model::Inline(wide)) << what;
+    ASSERT_EQ(RenderInlineMarkdown(std::u16string_view(wide)), markdown_model::Inline(wide)) << what;
+    ASSERT_EQ(EscapeHtmlUtf8(utf8), markdown_model::Escape(wide)) << what;
+    ASSERT_EQ(EscapeHtmlUtf8(std::u16string_view(wide)), markdown_model::Escape(wide)) << what;
+  };
   for (int round = 0; round < 4000; ++round) {
     std::string doc;
     for (int k = lengthOf(random); k > 0; --k) doc += kPieces[pieceOf(random)];
-    const std::u16string wide = Utf8ToUtf16(doc);
-    const std::string expected = markdown_model::Body(wide);
-    ASSERT_EQ(RenderBody(doc), expected) << "document: " << doc;
-    std::string page;
-    ASSERT_TRUE(RenderMarkdownPage(wide, {}, page));
-    ASSERT_EQ(Body(page), expected) << "document: " << doc;
+    compare(doc, Utf8ToUtf16(doc), "document: " + doc);
+    if (HasFatalFailure()) return;
   }
   // UTF-16 text with unpaired surrogates, which UTF-8 input cannot carry.
   static const char16_t kUnits[] = {u'*',   u'_',   u'`',   u'\n',  u' ',   u'a',   u'-',
@@ -171,5 +146,13 @@ TEST(MarkdownStress, ByteRendererMatchesTheUtf16Model) {
     std::string page;
     ASSERT_TRUE(RenderMarkdownPage(doc, {}, page));
     ASSERT_EQ(Body(page), markdown_model::Body(doc)) << "round " << round;
+    ASSERT_EQ(RenderInlineMarkdown(std::u16string_view(doc)), markdown_model::Inline(doc)) << "round " << round;
+    ASSERT_EQ(EscapeHtmlUtf8(std::u16string_view(doc)), markdown_model::Escape(doc)) << "round " << round;
   }
+  // A few anchors for the model itself: the quirks of the marker rules.
+  EXPECT_EQ(markdown_model::Inline(u"a___b"), "a___b");
+  EXPECT_EQ(markdown_model::Inline(u"*****"), "<strong></strong>*");
+  EXPECT_EQ(markdown_model::Inline(u"*a **b* c"), "<em>a <strong>b</em> c</strong>");
+  EXPECT_EQ(markdown_model::Inline(u"**a *b `c"), "<strong>a <em>b <code>c</code></em></strong>");
+  EXPECT_EQ(markdown_model::Escape(u"&<>\"'\t\U0001F600"), "&amp;&lt;&gt;&quot;&#39;    \xEF\xBF\xBD\xEF\xBF\xBD");
 }

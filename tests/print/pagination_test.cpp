@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -37,16 +38,19 @@ PaginationResult Paginate(const std::string& text, int height, PaginationHooks h
 }
 
 TEST(Pagination, LinesEndAtCrLfAndCrLfWithoutATrailingEmptyLine) {
-  const std::string text = "a\r\nbb\rc\nd";
-  EXPECT_EQ(SplitPrintLines(text), (std::vector<LineSpan>{{0, 1}, {3, 2}, {6, 1}, {8, 1}}));
-  EXPECT_EQ(SplitPrintLines("abc"), (std::vector<LineSpan>{{0, 3}}));
-  EXPECT_EQ(SplitPrintLines("a\n"), (std::vector<LineSpan>{{0, 1}}));
-  EXPECT_EQ(SplitPrintLines("a\n\n"), (std::vector<LineSpan>{{0, 1}, {2, 0}}));
-  EXPECT_EQ(SplitPrintLines("\r\n"), (std::vector<LineSpan>{{0, 0}}));
-  EXPECT_EQ(SplitPrintLines("\n\r"), (std::vector<LineSpan>{{0, 0}, {1, 0}}));
-  EXPECT_EQ(SplitPrintLines("\r\r\n"), (std::vector<LineSpan>{{0, 0}, {1, 0}}));
-  EXPECT_TRUE(SplitPrintLines("").empty());
-  EXPECT_EQ(LineText(text, SplitPrintLines(text)[1]), "bb");
+  using Spans = std::vector<LineSpan>;
+  const std::pair<std::string_view, Spans> cases[] = {
+      {"a\r\nbb\rc\nd", {{0, 1}, {3, 2}, {6, 1}, {8, 1}}},
+      {"abc", {{0, 3}}},
+      {"a\n", {{0, 1}}},
+      {"a\n\n", {{0, 1}, {2, 0}}},
+      {"\r\n", {{0, 0}}},
+      {"\n\r", {{0, 0}, {1, 0}}},
+      {"\r\r\n", {{0, 0}, {1, 0}}},
+      {"", {}},
+  };
+  for (const auto& [text, spans] : cases) EXPECT_EQ(SplitPrintLines(text), spans) << testing::PrintToString(text);
+  EXPECT_EQ(LineText("a\r\nbb\rc", {3, 2}), "bb");
 }
 
 TEST(Pagination, TheLineCrossingTheBottomStaysAndTheNextPageStartsEmpty) {
@@ -72,9 +76,7 @@ TEST(Pagination, TallLinesEmptyTextBlankLinesAndFailedMeasures) {
   // The next page starts at 0, not at the tall line's height.
   EXPECT_EQ(Paginate(tall + "\n" + Lines(6), 50).pageStarts, (Starts{0, 1, 6}));
 
-  const auto empty = Paginate("", 50);
-  EXPECT_EQ(empty.pageStarts, (Starts{0}));
-  EXPECT_FALSE(empty.cancelled);
+  EXPECT_EQ(Paginate("", 50).pageStarts, (Starts{0}));
 
   // Blank lines take the font's height and are never measured.
   int measured = 0;
@@ -91,10 +93,10 @@ TEST(Pagination, TallLinesEmptyTextBlankLinesAndFailedMeasures) {
   EXPECT_EQ(measured, 3);
 
   // A failed measure counts as the font's height.
-  hooks.measure.textHeight = [](std::string_view, int) { return 0; };
-  EXPECT_EQ(Paginate(Lines(12, "long line"), 24, hooks).pageStarts, (Starts{0, 5, 10}));
-  hooks.measure.textHeight = [](std::string_view, int) { return -3; };
-  EXPECT_EQ(Paginate(Lines(12, "long line"), 24, hooks).pageStarts, (Starts{0, 5, 10}));
+  for (int failed : {0, -3}) {
+    hooks.measure.textHeight = [failed](std::string_view, int) { return failed; };
+    EXPECT_EQ(Paginate(Lines(12, "long line"), 24, hooks).pageStarts, (Starts{0, 5, 10}));
+  }
 
   // Wrapped lines count all their rows: 25 characters in 10 per row are 30 pixels.
   EXPECT_EQ(Paginate(Lines(4, std::string(25, 'y')), 60).pageStarts, (Starts{0, 2}));
@@ -127,15 +129,13 @@ TEST(Pagination, PagesAreLaidOutLineByLine) {
   EXPECT_EQ(LinesOfPage(starts, 1, lines.size()), (PageLineRange{3, 4}));
   EXPECT_EQ(LinesOfPage(starts, 2, lines.size()), (PageLineRange{4, 4}));
 
-  const auto placed = LayoutPageLines(text, lines, {0, 3}, 100, 100, FakeMeasure(7));
-  ASSERT_EQ(placed.size(), 3u);
-  EXPECT_EQ(placed[0].y, 100);
-  EXPECT_EQ(placed[0].height, 10);
-  EXPECT_EQ(placed[1].y, 112);
-  EXPECT_EQ(placed[1].height, 7);
-  EXPECT_EQ(placed[2].y, 121);
-  EXPECT_EQ(placed[2].height, 30);
-  EXPECT_EQ(placed[2].line, 2u);
+  // From y = 100: each line at the current y, then y moves by its height + 2; the blank line
+  // takes the font's 7 pixels, the 25 characters three rows.
+  std::vector<std::tuple<size_t, int, int>> placed;
+  for (const PlacedLine& p : LayoutPageLines(text, lines, {0, 3}, 100, 100, FakeMeasure(7))) {
+    placed.emplace_back(p.line, p.y, p.height);
+  }
+  EXPECT_EQ(placed, (std::vector<std::tuple<size_t, int, int>>{{0, 100, 10}, {1, 112, 7}, {2, 121, 30}}));
 }
 
 // The worker's messages, in the order it posted them.

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "common/utf.h"
-#include "document_test_util.h"
+#include "../support/disk_fixtures.h"
 
 using namespace nebro;
 using namespace nebro::test;

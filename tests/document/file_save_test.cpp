@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "document/file_load.h"
-#include "document_test_util.h"
+#include "../support/disk_fixtures.h"
 
 using namespace nebro;
 using namespace nebro::test;
@@ -16,13 +14,6 @@ constexpr uint64_t kNoLimit = 1ull << 40;
 
 SaveResult Save(const std::string& path, std::string_view text, TextEncoding encoding, int& lockFd) {
   return SaveDocumentFile(path, text.data(), text.size(), encoding, lockFd);
-}
-
-bool OnlyNames(const std::string& folder, std::vector<std::string> expected) {
-  std::vector<std::string> names = FolderNames(folder);
-  std::sort(names.begin(), names.end());
-  std::sort(expected.begin(), expected.end());
-  return names == expected;
 }
 
 struct Lock {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "document/document_texts.h"
-#include "document_test_util.h"
+#include "../support/disk_fixtures.h"
 
 using namespace nebro;
 

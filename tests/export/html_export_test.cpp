@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "../support/disk_fixtures.h"
 #include "export_test_support.h"
 
 using namespace nebro;
@@ -178,9 +179,8 @@ TEST(HtmlExport, ProgressFollowsTheStepRuleAndCancelStopsAtALine) {
 }
 
 TEST(HtmlExport, FileFormWritesThePageOrNothing) {
-  char folder[] = "/tmp/nebro_html_export_XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  const std::string path = std::string(folder) + "/page.html";
+  const test::TempFolder folder;
+  const std::string path = folder / "page.html";
   const Doc doc = Runs({{"int", 5}, {" x;", 0}});
   const HtmlExportInput in = DarkInput(doc);
 
@@ -197,7 +197,4 @@ TEST(HtmlExport, FileFormWritesThePageOrNothing) {
   bad.document.styles = bad.document.styles.substr(1);
   ExportBytes out;
   EXPECT_EQ(BuildHtmlPage(bad, out), ExportResult::BadInput);
-
-  unlink(path.c_str());
-  rmdir(folder);
 }

@@ -12,6 +12,8 @@
 #include <ctime>
 #include <memory>
 
+#include "common/safe_write.h"
+
 namespace nebro {
 
 static_assert(std::endian::native == std::endian::little, "the settings file is little-endian");
@@ -196,11 +198,7 @@ bool SaveSettingsTo(const std::string& path, const AppSettings& s) {
   PutU32(file, kSettingsRecordSize);
   PutU32(file, Fnv1a(reinterpret_cast<const unsigned char*>(record.data()), record.size()));
   file += record;
-  FILE* f = std::fopen(path.c_str(), "wb");
-  if (!f) return false;
-  const bool written = std::fwrite(file.data(), 1, file.size(), f) == file.size();
-  const bool closed = std::fclose(f) == 0;
-  return written && closed;
+  return SafeWriteFile(path, file).Ok();
 }
 
 bool LoadSettings(AppSettings& s) { return LoadSettingsFrom(GetSettingsFilePath(), s); }

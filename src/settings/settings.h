@@ -86,7 +86,8 @@ uint32_t Fnv1a(const unsigned char* bytes, size_t size);
 // True when the file was read and checked; otherwise the defaults are put in place.
 bool LoadSettings(AppSettings& s);
 bool LoadSettingsFrom(const std::string& path, AppSettings& s);
-// True when the header and the record were written without error.
+// True when the whole file was written (through SafeWriteFile, so a failed save leaves the old
+// file as it was).
 bool SaveSettings(const AppSettings& s);
 bool SaveSettingsTo(const std::string& path, const AppSettings& s);
 

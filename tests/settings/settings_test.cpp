@@ -6,6 +6,9 @@
 #include <filesystem>
 
 #include "../support/disk_fixtures.h"
+#include "settings/data_folder.h"
+#include "settings/histories.h"
+#include "settings/temp_files.h"
 
 using namespace nebro;
 using namespace nebro::test;

@@ -2,7 +2,7 @@
 
 #include "app/commands.h"
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "export/export_rules.h"
 
 namespace nebro {

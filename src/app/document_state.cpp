@@ -1,6 +1,6 @@
 #include "app/document_state.h"
 
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 
 namespace nebro {
 

@@ -14,7 +14,7 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/toolbar_gtk.h"
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/document_ops_gtk.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"

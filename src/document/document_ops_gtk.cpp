@@ -7,7 +7,7 @@
 #include "app/trace_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/document_texts.h"
 #include "document/file_load_gtk.h"
 #include "document/file_save.h"

@@ -13,7 +13,7 @@
 #include "app/gtk_util_gtk.h"
 #include "app/trace_gtk.h"
 #include "appearance/theme_gtk.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/document_texts.h"
 #include "document/file_stream.h"
 #include "scintilla/scintilla_loader_gtk.h"

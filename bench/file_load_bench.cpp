@@ -22,6 +22,7 @@
 #include "document/file_load_gtk.h"
 #include "document/text_decode.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 
 using Clock = std::chrono::steady_clock;

@@ -15,6 +15,7 @@
 #include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "../tests/support/process.h"
 

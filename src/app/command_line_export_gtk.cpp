@@ -19,6 +19,7 @@
 #include "export/styled_text.h"
 #include "markdown/markdown_html.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 
 namespace nebro {

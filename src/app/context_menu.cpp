@@ -3,7 +3,7 @@
 #include "common/command_ids.h"
 #include "common/command_table.h"
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "export/export_rules.h"
 
 namespace nebro {

@@ -13,7 +13,7 @@
 #include "appearance/toolbar_gtk.h"
 #include "common/command_ids.h"
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/file_load_gtk.h"
 #include "gtk/accelerators_gtk.h"
 #include "gtk/object_ptr_gtk.h"

@@ -19,7 +19,9 @@
 #include "gtk/progress_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
+#include "settings/temp_files.h"
 
 namespace nebro {
 namespace {

@@ -6,7 +6,7 @@
 #include "common/command_ids.h"
 #include "common/utf.h"
 #include "document/document_builder_gtk.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/document_texts.h"
 #include "document/file_load_gtk.h"
 #include "document/file_save.h"

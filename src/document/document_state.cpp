@@ -1,6 +1,6 @@
 #include "document/document_state.h"
 
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 
 namespace nebro {
 

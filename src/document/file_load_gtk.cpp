@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "document/document_builder_gtk.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 #include "document/document_texts.h"
 #include "document/file_stream.h"
 #include "gtk/message_box_gtk.h"

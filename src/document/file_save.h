@@ -36,24 +36,15 @@ struct SaveResult {
 // Writes `length` bytes of UTF-8 at `text` (the editor's buffer, not copied) to `path`, with a
 // UTF-8 mark first when `encoding` is Utf8Bom; every other encoding gets no mark.
 //
-// The text goes to a temporary file in the same folder, is flushed to disk and renamed over the
-// file: until the rename the old file is untouched, and a failure removes the temporary file.
-// A symbolic link is followed and its target written. An existing file keeps its permission
-// bits and, where the system allows, its owner and group. When the folder may not be written, or
-// renaming would split hard links or change the owner, the file is rewritten in place instead,
-// but only after the space for the new text has been reserved, so a full disk is found before
-// any old byte is overwritten.
+// The file is written by SafeWriteFile (common/safe_write.h): replaced through a flushed
+// temporary file, symbolic links followed, permissions and owner kept, rewritten in place only
+// where that is safe. On top of that a file whose lock another program holds is refused.
 //
 // `lockFd` is the document's lock (or -1). On success it is closed and replaced by a locked
 // descriptor of the file just written, so that both Save and Save As leave the document locked
 // on its new file. On failure it is left as it was.
 SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t length,
                             TextEncoding encoding, int& lockFd);
-
-// Follows symbolic links (up to 40) from `path` to the name that really holds the file; a
-// dangling link gives its target. Relative link targets are taken from the link's folder.
-// Returns false (with errno set) for a loop or an unreadable link.
-bool ResolveSaveTarget(const std::string& path, std::string& target);
 
 // A short English description of `error` for the log.
 std::string_view SaveErrorName(SaveError error);

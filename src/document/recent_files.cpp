@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "common/utf.h"
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 
 namespace nebro {
 

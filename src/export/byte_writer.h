@@ -5,11 +5,12 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include "export/export_output.h"
+#include "common/safe_write.h"
 #include "export/file_sink.h"
-#include "export/output_file.h"
 
 namespace nebro {
 
@@ -92,34 +93,23 @@ class ByteWriter {
 inline constexpr size_t kStreamBufferSize = 512 * 1024;
 
 // Runs `generate(ExportBytes&, FileSink*)` so that its output ends up in the file at `path`:
-// it streams into a new file beside the target, which replaces the target only when generation
-// succeeded. Where only overwriting the target in place is possible, the output is built in
-// memory first so that a cancel or failure still leaves the target untouched.
+// it streams into a SafeFileWriter, which puts the file in place only when generation
+// succeeded; a cancel or a failure leaves the target untouched.
 template <class Generate>
 ExportResult StreamToFile(const std::string& path, Generate&& generate) {
-  OutputFile file;
-  switch (OpenOutputFile(path, file)) {
-    case OpenOutcome::Refused:
-      return ExportResult::CannotCreate;
-    case OpenOutcome::InPlaceOnly: {
-      ExportBytes whole;
-      const ExportResult built = generate(whole, nullptr);
-      return built == ExportResult::Ok ? WriteExportFile(path, whole.view()) : built;
-    }
-    case OpenOutcome::Opened:
-      break;
-  }
+  SafeFileWriter file;
+  if (!file.Open(path, ExportWriteOptions()).Ok()) return ExportResult::CannotCreate;
   ExportResult result;
   {
     ExportBytes buffer;
-    FileSink sink(file.fd, kStreamBufferSize);
+    FileSink sink(file, kStreamBufferSize);
     result = buffer.Reserve(kStreamBufferSize) ? generate(buffer, &sink) : ExportResult::OutOfMemory;
   }  // the sink's thread has ended here; nothing writes to the file any more
   if (result != ExportResult::Ok) {
-    AbandonOutputFile(file);
+    file.Abandon();
     return result;
   }
-  return FinishOutputFile(file);
+  return ExportResultOf(file.Commit());
 }
 
 }  // namespace nebro

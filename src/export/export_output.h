@@ -1,6 +1,6 @@
 // What every exporter shares: its result codes, the progress and cancel hooks a worker hands
-// in, the growable byte buffer the generators write into, and the careful file write that
-// never leaves a half-written export behind.
+// in, the growable byte buffer the generators write into, and how their files are written so
+// that no half-written export is ever left behind.
 #pragma once
 
 #include <cstddef>
@@ -8,6 +8,8 @@
 #include <functional>
 #include <string>
 #include <string_view>
+
+#include "common/safe_write.h"
 
 namespace nebro {
 
@@ -67,12 +69,16 @@ class ExportBytes {
   size_t capacity_ = 0;
 };
 
-// Writes `bytes` as the whole content of `path`. The bytes go to a new file beside the target
-// that then replaces it, so a failed write leaves the previous file (or none) in place. An
-// existing target keeps its permission bits and a symbolic link keeps pointing at the file it
-// named. An existing target that is not writable is refused (CannotCreate), as an ordinary
-// open for writing would be. When no file can be made in the folder but the target itself is
-// writable, the target is overwritten in place.
+// Writes `bytes` as the whole content of `path` through SafeWriteFile (common/safe_write.h):
+// a failed write leaves the previous file (or none) in place, an existing file keeps its
+// permission bits and a symbolic link keeps pointing at the file it named. A device or a pipe
+// named as the output takes the bytes directly.
 ExportResult WriteExportFile(const std::string& path, std::string_view bytes);
+
+// The rules every export file write uses (the device and pipe rule above).
+SafeWriteOptions ExportWriteOptions();
+// A file write in the exporters' codes: refused before any byte went out (no name, a folder,
+// a read-only file, no file could be made) is CannotCreate, anything later WriteFailed.
+ExportResult ExportResultOf(const SafeWriteResult& written);
 
 }  // namespace nebro

@@ -2,11 +2,9 @@
 
 #include <utility>
 
-#include "export/output_file.h"
-
 namespace nebro {
 
-FileSink::FileSink(int fd, size_t bufferSize) : fd_(fd) {
+FileSink::FileSink(SafeFileWriter& file, size_t bufferSize) : file_(file) {
   failed_ = !pending_.Reserve(bufferSize);
   thread_ = std::thread([this] { Run(); });
 }
@@ -46,7 +44,7 @@ void FileSink::Run() {
     if (!busy_) return;
     // Only this thread touches pending_ while busy_ is set.
     lock.unlock();
-    const bool written = WriteAll(fd_, pending_.view());
+    const bool written = file_.Write(pending_.view());
     lock.lock();
     failed_ = failed_ || !written;
     pending_.clear();

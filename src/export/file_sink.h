@@ -6,14 +6,16 @@
 #include <mutex>
 #include <thread>
 
+#include "common/safe_write.h"
 #include "export/export_output.h"
 
 namespace nebro {
 
 class FileSink {
  public:
-  // `bufferSize` is the size of the spare buffer handed back by Flush.
-  FileSink(int fd, size_t bufferSize);
+  // `bufferSize` is the size of the spare buffer handed back by Flush. `file` must be open and
+  // outlive the sink; only the sink's thread writes to it meanwhile.
+  FileSink(SafeFileWriter& file, size_t bufferSize);
   FileSink(const FileSink&) = delete;
   FileSink& operator=(const FileSink&) = delete;
   // Waits for the write in flight, then ends the thread.
@@ -29,7 +31,7 @@ class FileSink {
  private:
   void Run();
 
-  int fd_;
+  SafeFileWriter& file_;
   std::mutex mutex_;
   std::condition_variable changed_;
   ExportBytes pending_;  // the bytes being written, or the empty spare

@@ -1,16 +1,13 @@
 #include "settings/settings.h"
 
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <bit>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <memory>
+
+#include "common/safe_write.h"
+#include "settings/data_folder.h"
 
 namespace nebro {
 
@@ -19,9 +16,6 @@ static_assert(std::endian::native == std::endian::little, "the settings file is 
 AppSettings gSettings;
 
 namespace {
-
-std::string configRoot;
-bool configRootSet = false;
 
 // Visits every field in file order; the writer and the reader are the two visitors, so the
 // order is stated once.
@@ -196,83 +190,11 @@ bool SaveSettingsTo(const std::string& path, const AppSettings& s) {
   PutU32(file, kSettingsRecordSize);
   PutU32(file, Fnv1a(reinterpret_cast<const unsigned char*>(record.data()), record.size()));
   file += record;
-  FILE* f = std::fopen(path.c_str(), "wb");
-  if (!f) return false;
-  const bool written = std::fwrite(file.data(), 1, file.size(), f) == file.size();
-  const bool closed = std::fclose(f) == 0;
-  return written && closed;
+  return SafeWriteFile(path, file).Ok();
 }
 
 bool LoadSettings(AppSettings& s) { return LoadSettingsFrom(GetSettingsFilePath(), s); }
 bool SaveSettings(const AppSettings& s) { return SaveSettingsTo(GetSettingsFilePath(), s); }
-
-void SetConfigRoot(const std::string& root) {
-  configRoot = root;
-  configRootSet = true;
-}
-
-std::string GetSettingsFolder() {
-  std::string root = configRoot;
-  if (!configRootSet) {
-    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg == '/') root = xdg;
-    else if (const char* home = std::getenv("HOME"); home && *home) root = std::string(home) + "/.config";
-  }
-  if (root.empty()) return {};
-  mkdir(root.c_str(), 0700);  // an existing folder is fine; failures show up when writing
-  const std::string folder = root + "/Nebro";
-  mkdir(folder.c_str(), 0700);
-  return folder;
-}
-
-std::string GetSettingsFilePath() {
-  const std::string folder = GetSettingsFolder();
-  return folder.empty() ? std::string("nebro.cfg") : folder + "/nebro.cfg";
-}
-
-std::string MakeTempPath(const std::string& folder, std::string_view extension) {
-  if (folder.empty()) return {};
-  timespec ts;
-  clock_gettime(CLOCK_REALTIME, &ts);
-  tm local;
-  localtime_r(&ts.tv_sec, &local);
-  char name[64];
-  std::snprintf(name, sizeof name, "/temp_%04d%02d%02d_%02d%02d%02d_%03d", local.tm_year + 1900,
-                local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-                static_cast<int>(ts.tv_nsec / 1000000));
-  return folder + name + std::string(extension);
-}
-
-std::string MakeTempPdfPath() { return MakeTempPath(GetSettingsFolder(), ".pdf"); }
-
-uint64_t NowTicks() {
-  timespec ts;
-  clock_gettime(CLOCK_REALTIME, &ts);
-  return static_cast<uint64_t>(ts.tv_sec) * 10000000u + static_cast<uint64_t>(ts.tv_nsec) / 100u;
-}
-
-void CleanupTempFilesIn(const std::string& folder, uint64_t nowTicks) {
-  if (folder.empty()) return;
-  const uint64_t cutoff = nowTicks - 864000000000ull;
-  std::unique_ptr<DIR, int (*)(DIR*)> dir(opendir(folder.c_str()), closedir);
-  if (!dir) return;
-  while (const dirent* entry = readdir(dir.get())) {
-    const std::string name = entry->d_name;
-    if (name.rfind("temp_", 0) != 0) continue;
-    const auto dot = name.rfind('.');
-    if (dot == std::string::npos) continue;
-    std::string ext = name.substr(dot);
-    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return std::tolower(c); });
-    if (ext != ".html" && ext != ".pdf" && ext != ".txt") continue;
-    const std::string path = folder + "/" + name;
-    struct stat st;
-    if (stat(path.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) continue;
-    const uint64_t written = static_cast<uint64_t>(st.st_mtim.tv_sec) * 10000000u +
-                             static_cast<uint64_t>(st.st_mtim.tv_nsec) / 100u;
-    if (written < cutoff) unlink(path.c_str());  // a failure is retried at the next start
-  }
-}
-
-void CleanupTempFiles() { CleanupTempFilesIn(GetSettingsFolder(), NowTicks()); }
 
 std::u16string FieldText(const char16_t* field, size_t capacity) {
   size_t n = 0;
@@ -284,21 +206,6 @@ void SetFieldText(char16_t* field, size_t capacity, std::u16string_view text) {
   const size_t n = std::min(text.size(), capacity - 1);
   std::copy_n(text.data(), n, field);
   std::fill(field + n, field + capacity, u'\0');
-}
-
-void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
-  if (text.empty()) return;
-  constexpr int kEntries = 10;
-  int found = kEntries - 1;  // not present: the last entry falls out
-  for (int i = 0; i < kEntries; ++i) {
-    if (FieldText(list[i]) == text) {
-      found = i;
-      break;
-    }
-  }
-  const std::u16string copy(text);  // the text may lie in the list itself
-  for (int i = found; i > 0; --i) std::copy_n(list[i - 1], 256, list[i]);
-  SetFieldText(list[0], copy);
 }
 
 }  // namespace nebro

@@ -83,44 +83,22 @@ void DecodeSettingsRecord(const unsigned char* bytes, AppSettings& s);
 
 uint32_t Fnv1a(const unsigned char* bytes, size_t size);
 
-// True when the file was read and checked; otherwise the defaults are put in place.
+// True when the file was read and checked; otherwise the defaults are put in place. The plain
+// forms use GetSettingsFilePath() (settings/data_folder.h).
 bool LoadSettings(AppSettings& s);
 bool LoadSettingsFrom(const std::string& path, AppSettings& s);
-// True when the header and the record were written without error.
+// True when the whole file was written (through SafeWriteFile, so a failed save leaves the old
+// file as it was).
 bool SaveSettings(const AppSettings& s);
 bool SaveSettingsTo(const std::string& path, const AppSettings& s);
 
-// The per-user folder: the configuration root followed by "/Nebro", created on every call.
-// Empty when there is no configuration root.
-std::string GetSettingsFolder();
-// The folder followed by "/nebro.cfg", or "nebro.cfg" when the folder is empty.
-std::string GetSettingsFilePath();
-// The GTK layer sets the root at start-up (g_get_user_config_dir); tests point it elsewhere.
-// By default it is $XDG_CONFIG_HOME, else $HOME/.config.
-void SetConfigRoot(const std::string& root);
-
-// "<folder>/temp_YYYYMMDD_HHMMSS_mmm.pdf" from the local time; empty when the folder is empty.
-std::string MakeTempPdfPath();
-std::string MakeTempPath(const std::string& folder, std::string_view extension);
-
-// Deletes temp_* files ending in .html, .pdf or .txt (any case) older than 24 hours.
-void CleanupTempFiles();
-// The same over a given folder and "now" in 100-nanosecond ticks since the Unix epoch.
-void CleanupTempFilesIn(const std::string& folder, uint64_t nowTicks);
-uint64_t NowTicks();
-
-// Text fields: read a zero-terminated array as a string, and store a string truncated so that
-// the terminator fits.
+// The record's text fields: read a zero-terminated array as a string, and store a string
+// truncated so that the terminator fits.
 std::u16string FieldText(const char16_t* field, size_t capacity);
 void SetFieldText(char16_t* field, size_t capacity, std::u16string_view text);
 template <size_t N>
 std::u16string FieldText(const char16_t (&field)[N]) { return FieldText(field, N); }
 template <size_t N>
 void SetFieldText(char16_t (&field)[N], std::u16string_view text) { SetFieldText(field, N, text); }
-
-// The search dialogs' history helper over ten entries of 256 units: an entry equal to the text
-// (case-sensitive) moves to the top, otherwise the last entry falls out. Copies are truncated to
-// 255 units. (The recent-files list, which ignores case, has its own in document/.)
-void PushRecent(char16_t (&list)[10][256], std::u16string_view text);
 
 }  // namespace nebro

@@ -21,6 +21,7 @@
 #include "document/file_load_gtk.h"
 #include "document/recent_files.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "support/main_window_fixture.h"
 

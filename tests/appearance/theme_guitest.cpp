@@ -7,6 +7,7 @@
 #include "app/main_window_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 
 using namespace nebro;

@@ -16,6 +16,7 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/toolbar_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 
 namespace nebro::testing {

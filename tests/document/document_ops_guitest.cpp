@@ -17,6 +17,7 @@
 #include "document/file_load.h"
 #include "document/file_load_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "support/main_window_fixture.h"
 

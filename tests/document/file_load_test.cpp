@@ -9,7 +9,7 @@
 
 #include "common/utf.h"
 #include "document/document_texts.h"
-#include "document_test_util.h"
+#include "../support/disk_fixtures.h"
 
 using namespace nebro;
 using namespace nebro::test;

@@ -7,7 +7,8 @@
 #include <cwctype>
 #include <string>
 
-#include "document_test_util.h"
+#include "document/document_texts.h"
+#include "support/disk_fixtures.h"
 
 using namespace nebro;
 

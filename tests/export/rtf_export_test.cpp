@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "../support/disk_fixtures.h"
 #include "export_test_support.h"
 
 using namespace nebro;
@@ -123,16 +124,13 @@ TEST(RtfExport, ProgressCancelAndFile) {
   EXPECT_EQ(asked, 5);
   EXPECT_TRUE(out.empty());
 
-  char folder[] = "/tmp/nebro_rtf_export_XXXXXX";
-  ASSERT_NE(mkdtemp(folder), nullptr);
-  const std::string path = std::string(folder) + "/doc.rtf";
+  const test::TempFolder folder;
+  const std::string path = folder / "doc.rtf";
   asked = 0;
   EXPECT_EQ(ExportRtfToFile(in, path, monitor), ExportResult::Cancelled);
   EXPECT_NE(access(path.c_str(), F_OK), 0);
   EXPECT_EQ(ExportRtfToFile(in, path), ExportResult::Ok);
   EXPECT_EQ(ReadFile(path), Rtf(in));
-  unlink(path.c_str());
-  rmdir(folder);
 }
 
 TEST(RtfExport, MessageTexts) {

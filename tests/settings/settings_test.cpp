@@ -1,37 +1,20 @@
 #include "settings/settings.h"
 
 #include <gtest/gtest.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+
+#include "../support/disk_fixtures.h"
+#include "settings/data_folder.h"
+#include "settings/histories.h"
+#include "settings/temp_files.h"
 
 using namespace nebro;
+using namespace nebro::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-void WriteAll(const std::string& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
-struct TempFolder {
-  std::string path;
-  TempFolder() {
-    char name[] = "/tmp/nebro-settings-XXXXXX";
-    path = mkdtemp(name);
-  }
-  ~TempFolder() { fs::remove_all(path); }
-};
 
 // The bytes of a record laid out by hand from the offset table.
 struct HandRecord {
@@ -106,9 +89,9 @@ TEST(SettingsFile, DefaultsAndFieldsLandAtTheirOffsets) {
   EXPECT_EQ(EncodeSettingsRecord(s), expected.bytes);
 
   TempFolder dir;
-  const std::string path = dir.path + "/nebro.cfg";
+  const std::string path = dir.Path() + "/nebro.cfg";
   ASSERT_TRUE(SaveSettingsTo(path, s));
-  const std::string onDisk = ReadAll(path);
+  const std::string onDisk = ReadBytes(path);
   EXPECT_EQ(onDisk.size(), 36703u);
   EXPECT_EQ(onDisk, FileOf(expected.bytes));
 
@@ -120,16 +103,16 @@ TEST(SettingsFile, DefaultsAndFieldsLandAtTheirOffsets) {
 
 TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
   TempFolder dir;
-  const std::string path = dir.path + "/nebro.cfg";
+  const std::string path = dir.Path() + "/nebro.cfg";
   AppSettings s;
   SetDefaultSettings(s);
   s.theme = 3;
   ASSERT_TRUE(SaveSettingsTo(path, s));
-  const std::string good = ReadAll(path);
+  const std::string good = ReadBytes(path);
   const std::string defaults = EncodeSettingsRecord([] { AppSettings d; SetDefaultSettings(d); return d; }());
 
   auto loadsDefaults = [&](const std::string& bytes) {
-    WriteAll(path, bytes);
+    WriteBytes(path, bytes);
     AppSettings loaded;
     loaded.theme = 99;
     const bool ok = LoadSettingsFrom(path, loaded);
@@ -156,10 +139,10 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
     flipped[at] ^= 0x40;
     EXPECT_TRUE(loadsDefaults(flipped)) << at;
   }
-  EXPECT_FALSE(LoadSettingsFrom(dir.path + "/missing.cfg", s));
+  EXPECT_FALSE(LoadSettingsFrom(dir.Path() + "/missing.cfg", s));
 
   // Extra bytes behind the record are ignored.
-  WriteAll(path, good + "trailing junk");
+  WriteBytes(path, good + "trailing junk");
   AppSettings loaded;
   EXPECT_TRUE(LoadSettingsFrom(path, loaded));
   EXPECT_EQ(loaded.theme, 3u);
@@ -168,23 +151,23 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
   std::string old = good;
   const uint32_t v14 = 14;
   std::memcpy(&old[4], &v14, 4);
-  WriteAll(path, old);
+  WriteBytes(path, old);
   LoadSettingsFrom(path, loaded);
   ASSERT_TRUE(SaveSettingsTo(path, loaded));
   uint32_t version;
-  std::memcpy(&version, ReadAll(path).data() + 4, 4);
+  std::memcpy(&version, ReadBytes(path).data() + 4, 4);
   EXPECT_EQ(version, 15u);
 }
 
 TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
   TempFolder dir;
-  SetConfigRoot(dir.path + "/cfg");
-  EXPECT_EQ(GetSettingsFolder(), dir.path + "/cfg/Nebro");
-  EXPECT_TRUE(fs::is_directory(dir.path + "/cfg/Nebro"));
-  EXPECT_EQ(GetSettingsFilePath(), dir.path + "/cfg/Nebro/nebro.cfg");
+  SetConfigRoot(dir.Path() + "/cfg");
+  EXPECT_EQ(GetSettingsFolder(), dir.Path() + "/cfg/Nebro");
+  EXPECT_TRUE(fs::is_directory(dir.Path() + "/cfg/Nebro"));
+  EXPECT_EQ(GetSettingsFilePath(), dir.Path() + "/cfg/Nebro/nebro.cfg");
 
   const std::string pdf = MakeTempPdfPath();
-  const std::string prefix = dir.path + "/cfg/Nebro/temp_";
+  const std::string prefix = dir.Path() + "/cfg/Nebro/temp_";
   ASSERT_EQ(pdf.rfind(prefix, 0), 0u) << pdf;
   const std::string name = pdf.substr(prefix.size());
   ASSERT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
@@ -203,8 +186,8 @@ TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
   TempFolder dir;
   const uint64_t now = 20000000000000000ull;  // some fixed moment, in 100 ns ticks
   auto make = [&](const std::string& name, uint64_t ageTicks) {
-    const std::string path = dir.path + "/" + name;
-    WriteAll(path, "x");
+    const std::string path = dir.Path() + "/" + name;
+    WriteBytes(path, "x");
     const uint64_t t = now - ageTicks;
     timespec times[2];
     times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(t / 10000000u);
@@ -221,9 +204,9 @@ TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
   const auto exact = make("temp_20260101_000000_005.pdf", 24 * hour);
   const auto other = make("notes_20260101.pdf", 25 * hour);
   const auto noDot = make("temp_nodot", 25 * hour);
-  fs::create_directory(dir.path + "/temp_20260101_000000_006.pdf");
+  fs::create_directory(dir.Path() + "/temp_20260101_000000_006.pdf");
 
-  CleanupTempFilesIn(dir.path, now);
+  CleanupTempFilesIn(dir.Path(), now);
   EXPECT_FALSE(fs::exists(old));
   EXPECT_FALSE(fs::exists(oldCaps));
   EXPECT_FALSE(fs::exists(oldTxt));
@@ -232,7 +215,7 @@ TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
   EXPECT_TRUE(fs::exists(exact));  // exactly 24 hours to the tick is kept
   EXPECT_TRUE(fs::exists(other));
   EXPECT_TRUE(fs::exists(noDot));
-  EXPECT_TRUE(fs::is_directory(dir.path + "/temp_20260101_000000_006.pdf"));
+  EXPECT_TRUE(fs::is_directory(dir.Path() + "/temp_20260101_000000_006.pdf"));
 }
 
 TEST(RecentLists, PushMovesToTheTopAndKeepsTen) {

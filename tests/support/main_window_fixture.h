@@ -13,6 +13,7 @@
 #include "app/main_window_gtk.h"
 #include "appearance/font_aliases_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "support/gui_helpers.h"
 

@@ -1,11 +1,11 @@
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 
 #include "common/utf.h"
-#include "document_test_util.h"
+#include "../support/disk_fixtures.h"
 
 using namespace nebro;
 using namespace nebro::test;

@@ -1,4 +1,4 @@
-#include "document/document_prompts.h"
+#include "document/document_questions.h"
 
 #include <sys/stat.h>
 

@@ -1,5 +1,5 @@
-// Real files in a temporary folder for the document tests, and the means to meet the situations
-// users meet: a read-only file, a read-only disk, a full disk.
+// Real files in a temporary folder for the tests that read and write files, and the means to
+// meet the situations users meet: a read-only file, a read-only disk, a full disk.
 //
 // The tests run as root, for whom permission bits stop nothing. Where a test needs them to
 // count it lowers the file-system identity of the test thread to "nobody" (setfsuid) for a
@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -29,7 +30,7 @@ inline constexpr uid_t kNobody = 65534;
 class TempFolder {
  public:
   TempFolder() {
-    char pattern[] = "/tmp/nebro-doc-XXXXXX";
+    char pattern[] = "/tmp/nebro-test-XXXXXX";
     const char* made = mkdtemp(pattern);
     if (made) path_ = made;
     chmod(path_.c_str(), 0777);  // "nobody" must be able to enter and, in some tests, write
@@ -69,6 +70,14 @@ inline std::vector<std::string> FolderNames(const std::string& folder) {
     names.push_back(entry.path().filename().string());
   }
   return names;
+}
+
+// True when `folder` holds exactly these names: no temporary file was left behind.
+inline bool OnlyNames(const std::string& folder, std::vector<std::string> expected) {
+  std::vector<std::string> names = FolderNames(folder);
+  std::sort(names.begin(), names.end());
+  std::sort(expected.begin(), expected.end());
+  return names == expected;
 }
 
 // While alive, the calling thread reaches files as "nobody", so permission bits apply even when

@@ -128,7 +128,7 @@ TEST_F(LineNumbersTest, ClickGivesTheFocusBackAndTheWheelScrollsTheEditor) {
   EXPECT_EQ(Send(SCI_GETFIRSTVISIBLELINE), 0);
 }
 
-TEST_F(LineNumbersTest, DISABLED_NumbersFollowScrollingAndZoomWithTheCaretRowHighlighted) {
+TEST_F(LineNumbersTest, NumbersFollowScrollingAndZoomWithTheCaretRowHighlighted) {
   for (ThemeId theme : {0u, 1u}) {
     SCOPED_TRACE(ThemeName(theme));
     SetTheme(theme, true);

@@ -63,7 +63,7 @@ TEST_F(StatusBarTest, TextsFollowTheCaretTheSelectionAndTheZoom) {
   }
 }
 
-TEST_F(StatusBarTest, DISABLED_EncodingAndLineEndingsFollowTheDocument) {
+TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
   struct { const char* name; std::string bytes; const char* encoding; const char* ends; } files[] = {
       {"wide.txt", std::string("\xFE\xFF\0a\0\r\0\n\0b", 10), "  UTF-16 BE", "  CRLF"},
       {"old.txt", "\xEF\xBB\xBFone\rtwo\r", "  UTF-8 BOM", "  CR"}};

@@ -23,8 +23,12 @@ class MainWindowTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     LoadFontAliases();
-    if (!sci::ScintillaLoaded()) ASSERT_EQ(sci::LoadScintilla(), sci::LibraryLoad::Ok);
-    if (!sci::CreateLexerFn()) ASSERT_EQ(sci::LoadLexilla(), sci::LibraryLoad::Ok);
+    if (!sci::ScintillaLoaded()) {
+      ASSERT_EQ(sci::LoadScintilla(), sci::LibraryLoad::Ok);
+    }
+    if (!sci::CreateLexerFn()) {
+      ASSERT_EQ(sci::LoadLexilla(), sci::LibraryLoad::Ok);
+    }
   }
 
   void SetUp() override {

@@ -83,39 +83,43 @@ std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileE
 }
 
 std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const CommandTable& commands) {
+  // An item that shows its command's key as the table gives it.
+  const auto Keyed = [&commands](std::string label, int command, bool greyed = false) {
+    return Item(std::move(label), CommandShortcutText(commands, command), command, greyed);
+  };
   std::vector<ContextMenuItem> menu;
-  menu.push_back(Item("Undo", CommandShortcutText(commands, kCmdUndo), kCmdUndo, !s.canUndo));
-  menu.push_back(Item("Redo", CommandShortcutText(commands, kCmdRedo), kCmdRedo, !s.canRedo));
+  menu.push_back(Keyed("Undo", kCmdUndo, !s.canUndo));
+  menu.push_back(Keyed("Redo", kCmdRedo, !s.canRedo));
   menu.push_back(Separator());
-  menu.push_back(Item("Cut", CommandShortcutText(commands, kCmdCut), kCmdCut, s.selectionEmpty));
-  menu.push_back(Item("Copy", CommandShortcutText(commands, kCmdCopy), kCmdCopy, s.selectionEmpty));
-  menu.push_back(Item("Paste", CommandShortcutText(commands, kCmdPaste), kCmdPaste, !s.clipboardHasText));
+  menu.push_back(Keyed("Cut", kCmdCut, s.selectionEmpty));
+  menu.push_back(Keyed("Copy", kCmdCopy, s.selectionEmpty));
+  menu.push_back(Keyed("Paste", kCmdPaste, !s.clipboardHasText));
   menu.push_back(Separator());
-  menu.push_back(Item("Select All", CommandShortcutText(commands, kCmdSelectAll), kCmdSelectAll, s.documentEmpty));
+  menu.push_back(Keyed("Select All", kCmdSelectAll, s.documentEmpty));
   menu.push_back(Separator());
-  menu.push_back(Item("Find & Replace", CommandShortcutText(commands, kCmdFindReplace), kCmdFindReplace));
-  menu.push_back(Item("Regex Search...", CommandShortcutText(commands, kCmdRegexSearch), kCmdRegexSearch));
+  menu.push_back(Keyed("Find & Replace", kCmdFindReplace));
+  menu.push_back(Keyed("Regex Search...", kCmdRegexSearch));
   menu.push_back(Separator());
-  menu.push_back(Item("Font...", CommandShortcutText(commands, kCmdFont), kCmdFont));
+  menu.push_back(Keyed("Font...", kCmdFont));
   menu.push_back(Separator());
   menu.push_back(Submenu("View", {Item("Line Numbers", "", kCmdLineNumbers, false, s.lineNumbers),
                                   Item("Word Wrap", "", kCmdWordWrap, false, s.wordWrap)}));
   menu.push_back(Submenu("Print", {Item("Page Setup...", "", kCmdPageSetup),
                                    Item("Print Preview...", "", kCmdPrintPreview),
-                                   Item("Print...", CommandShortcutText(commands, kCmdPrint), kCmdPrint)}));
+                                   Keyed("Print...", kCmdPrint)}));
   menu.push_back(Separator());
   menu.push_back(Item("MD Preview (HTML)", "", kCmdMarkdownPreview, !IsMarkdownPath(s.documentPath)));
   menu.push_back(Separator());
   menu.push_back(Submenu("Theme", ThemeItems(s.theme)));
   menu.push_back(Submenu("Transparency", TransparencyItems(s.transparency)));
   menu.push_back(Separator());
-  menu.push_back(Item("Save", CommandShortcutText(commands, kCmdSave), kCmdSave));
-  menu.push_back(Item("Save As...", CommandShortcutText(commands, kCmdSaveAs), kCmdSaveAs));
+  menu.push_back(Keyed("Save", kCmdSave));
+  menu.push_back(Keyed("Save As...", kCmdSaveAs));
   menu.push_back(Separator());
   menu.push_back(Submenu("Recent Files", RecentItems(s)));
   menu.push_back(Separator());
-  menu.push_back(Item("New", CommandShortcutText(commands, kCmdNew), kCmdNew));
-  menu.push_back(Item("Open...", CommandShortcutText(commands, kCmdOpen), kCmdOpen));
+  menu.push_back(Keyed("New", kCmdNew));
+  menu.push_back(Keyed("Open...", kCmdOpen));
   return menu;
 }
 

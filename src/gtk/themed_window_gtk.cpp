@@ -10,22 +10,25 @@ namespace {
 
 constexpr const char* kThemedClass = "nebro-themed";
 
-// One provider for the screen, between GTK's theme and a widget's own CSS: every themed window
-// and its children take the theme's dialog colours unless a widget styles itself.
-GtkCssProvider* ShellCss() {
-  static GtkCssProvider* provider = nullptr;
-  if (!provider) {
-    provider = gtk_css_provider_new();
-    gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider),
-                                              GTK_STYLE_PROVIDER_PRIORITY_APPLICATION - 50);
-    FollowThemeChanges(nullptr, [] { gtk_css_provider_load_from_data(ShellCss(), nullptr, 0, nullptr); });
-  }
+// The theme's dialog colours for every themed window and its children.
+void LoadShellCss(GtkCssProvider* provider) {
   const ThemeColors& t = GetThemeColors();
   const std::string bg = ColourText(t.dialogBackground), fg = ColourText(t.dialogText);
   const std::string css = std::string(".") + kThemedClass + " { background-color: " + bg + "; color: " + fg + "; }\n." +
                           kThemedClass + " label { color: " + fg + "; }\n";
   gtk_css_provider_load_from_data(provider, css.c_str(), -1, nullptr);
-  return provider;
+}
+
+// One provider for the screen, between GTK's theme and a widget's own CSS, made at the first
+// themed window and reloaded at every theme change.
+void InstallShellCss() {
+  static GtkCssProvider* provider = nullptr;
+  if (provider) return;
+  provider = gtk_css_provider_new();
+  gtk_style_context_add_provider_for_screen(gdk_screen_get_default(), GTK_STYLE_PROVIDER(provider),
+                                            GTK_STYLE_PROVIDER_PRIORITY_APPLICATION - 50);
+  LoadShellCss(provider);
+  FollowThemeChanges(nullptr, [] { LoadShellCss(provider); });
 }
 
 gboolean OnKeyPress(GtkWidget* window, GdkEventKey* event, gpointer) {
@@ -37,7 +40,7 @@ gboolean OnKeyPress(GtkWidget* window, GdkEventKey* event, gpointer) {
 }  // namespace
 
 GtkWidget* CreateThemedWindow(const ThemedWindowOptions& o, std::function<void(GtkWidget*)> restyle) {
-  ShellCss();
+  InstallShellCss();
   GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
   if (!o.name.empty()) gtk_widget_set_name(window, o.name.c_str());
   gtk_style_context_add_class(gtk_widget_get_style_context(window), kThemedClass);

@@ -127,10 +127,7 @@ TEST(SafeWrite, FilesThatCannotBeReplacedAreRewrittenInPlace) {
   // A folder that takes no new file: a stream into its writable file is gathered in memory and
   // rewrites the file only at Commit, so an abandoned stream changes nothing.
   const std::string closed = folder / "closed";
-  mkdir(closed.c_str(), 0777);
-  WriteBytes(closed + "/writable.txt", "old text that is longer");
-  chmod((closed + "/writable.txt").c_str(), 0666);
-  chmod(closed.c_str(), 0555);
+  MakeClosedFolderWithWritableFile(closed, "old text that is longer");
   {
     AsNobody nobody;
     Stream(closed + "/writable.txt", "abandoned", false);

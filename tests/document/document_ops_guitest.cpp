@@ -330,7 +330,9 @@ void AnswerChooser(const std::string& folder, const std::string& name) {
     g_list_free(top);
     if (!a->chooser) return G_SOURCE_CONTINUE;
     g_object_set_data(G_OBJECT(a->chooser), "nebro-answered", GINT_TO_POINTER(1));
-    if (!a->name.empty()) EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(a->chooser)), "Save As - Nebro");
+    if (!a->name.empty()) {
+      EXPECT_STREQ(gtk_window_get_title(GTK_WINDOW(a->chooser)), "Save As - Nebro");
+    }
     return G_SOURCE_CONTINUE;
   }, new Answer{folder, name});
 }

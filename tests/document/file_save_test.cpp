@@ -186,10 +186,7 @@ TEST(FileSave, FolderProblems) {
 
   // A folder that may not be written: a new file cannot be made there...
   const std::string closed = folder / "closed";
-  mkdir(closed.c_str(), 0777);
-  WriteBytes(closed + "/writable.txt", "old text that is longer");
-  chmod((closed + "/writable.txt").c_str(), 0666);
-  chmod(closed.c_str(), 0555);
+  MakeClosedFolderWithWritableFile(closed, "old text that is longer");
   AsNobody nobody;
   EXPECT_EQ(Save(closed + "/new.txt", "x", TextEncoding::Utf8, lockFd).error,
             SaveError::PermissionDenied);

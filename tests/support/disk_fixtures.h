@@ -82,6 +82,17 @@ inline bool OnlyNames(const std::string& folder, std::vector<std::string> expect
 
 // While alive, the calling thread reaches files as "nobody", so permission bits apply even when
 // the tests run as root. Does nothing for a test run by an ordinary user.
+// A folder that takes no new file (mode 0555) holding one file anybody may write, with
+// `content`; returns that file's path.
+inline std::string MakeClosedFolderWithWritableFile(const std::string& closed, const std::string& content) {
+  mkdir(closed.c_str(), 0777);
+  const std::string file = closed + "/writable.txt";
+  WriteBytes(file, content);
+  chmod(file.c_str(), 0666);
+  chmod(closed.c_str(), 0555);
+  return file;
+}
+
 class AsNobody {
  public:
   AsNobody() : active_(geteuid() == 0) {

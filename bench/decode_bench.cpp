@@ -125,8 +125,8 @@ void Load(benchmark::State& state, const std::string& path, uint64_t size) {
   long added = 0;
   for (auto _ : state) {
     const long base = ResetPeak();
-    nebro::LoadResult r = nebro::LoadDocumentFile(path, 1ull << 40);
-    if (r.decision != nebro::LoadDecision::Loaded) state.SkipWithError(r.message.c_str());
+    nebro::document::LoadResult r = nebro::document::LoadDocumentFile(path, 1ull << 40);
+    if (r.decision != nebro::document::LoadDecision::Loaded) state.SkipWithError(r.message.c_str());
     benchmark::DoNotOptimize(r.text.data());
     added = std::max(added, StatusKb("VmHWM:") - base);
   }

@@ -27,6 +27,8 @@
 #include "export/styled_text.h"
 
 using namespace nebro;
+using namespace nebro::appearance;
+using namespace nebro::exports;
 
 namespace {
 

@@ -27,6 +27,10 @@
 
 using Clock = std::chrono::steady_clock;
 using namespace nebro;
+using namespace nebro::app;
+using namespace nebro::appearance;
+using namespace nebro::document;
+using namespace nebro::settings;
 
 namespace {
 

@@ -176,7 +176,7 @@ int main(int argc, char** argv) {
   const double mb = static_cast<double>(doc.size()) / 1e6;
   std::printf("document: %.1f MB, best of %d runs\n\n", mb, runs);
 
-  nebro::MarkdownPageOptions options;
+  nebro::markdown::MarkdownPageOptions options;
   options.documentPath = "/tmp/bench.md";
   options.fontName = "Consolas";
 
@@ -184,7 +184,7 @@ int main(int argc, char** argv) {
   results.push_back({"nebro RenderMarkdownPage (UTF-8)"});
   Measure(results.back(), runs, [&] {
     std::string html;
-    nebro::RenderMarkdownPage(doc, options, html);
+    nebro::markdown::RenderMarkdownPage(doc, options, html);
     return html.size();
   });
 
@@ -193,7 +193,7 @@ int main(int argc, char** argv) {
   Measure(results.back(), runs, [&] {
     const std::u16string wide = nebro::Utf8ToUtf16(doc);
     std::string html;
-    nebro::RenderMarkdownPage(wide, options, html);
+    nebro::markdown::RenderMarkdownPage(wide, options, html);
     return html.size();
   });
 

@@ -45,15 +45,15 @@ BENCHMARK(BM_ReferenceLineCount)->Unit(benchmark::kMillisecond);
 void BM_SplitPrintLines(benchmark::State& state) {
   const std::string& text = Document();
   for (auto _ : state) {
-    auto lines = nebro::SplitPrintLines(text);
+    auto lines = nebro::print::SplitPrintLines(text);
     benchmark::DoNotOptimize(lines.data());
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
 }
 BENCHMARK(BM_SplitPrintLines)->Unit(benchmark::kMillisecond);
 
-nebro::LineMeasure CheapMeasure() {
-  nebro::LineMeasure m;
+nebro::print::LineMeasure CheapMeasure() {
+  nebro::print::LineMeasure m;
   m.textHeight = [](std::string_view line, int width) {
     return 15 * static_cast<int>(1 + line.size() * 8 / static_cast<size_t>(width));
   };
@@ -63,12 +63,12 @@ nebro::LineMeasure CheapMeasure() {
 
 void BM_ReferenceHeightSum(benchmark::State& state) {
   const std::string& text = Document();
-  const auto lines = nebro::SplitPrintLines(text);
+  const auto lines = nebro::print::SplitPrintLines(text);
   const auto measure = CheapMeasure();
   for (auto _ : state) {
     int64_t sum = 0;
     for (const auto& l : lines)
-      sum += (l.length ? measure.textHeight(nebro::LineText(text, l), 679) : 15) + 2;
+      sum += (l.length ? measure.textHeight(nebro::print::LineText(text, l), 679) : 15) + 2;
     benchmark::DoNotOptimize(sum);
   }
   state.counters["lines"] = static_cast<double>(lines.size());
@@ -77,13 +77,13 @@ BENCHMARK(BM_ReferenceHeightSum)->Unit(benchmark::kMillisecond);
 
 void BM_PaginateLines(benchmark::State& state) {
   const std::string& text = Document();
-  const auto lines = nebro::SplitPrintLines(text);
-  nebro::PaginationHooks hooks;
+  const auto lines = nebro::print::SplitPrintLines(text);
+  nebro::print::PaginationHooks hooks;
   hooks.measure = CheapMeasure();
   hooks.cancelRequested = [] { return false; };
   hooks.pageAdded = [](int, int64_t) {};
   for (auto _ : state) {
-    auto result = nebro::PaginateLines(text, lines, 679, 979, hooks);
+    auto result = nebro::print::PaginateLines(text, lines, 679, 979, hooks);
     benchmark::DoNotOptimize(result.pageStarts.data());
     state.counters["pages"] = static_cast<double>(result.pageStarts.size());
   }

@@ -145,27 +145,27 @@ constexpr uint64_t kBatch = 3000;
 struct Run {
   uint64_t matches = 0;
   double seconds = 0;
-  nebro::RegexStatus status = nebro::RegexStatus::Ok;
+  nebro::search::RegexStatus status = nebro::search::RegexStatus::Ok;
 };
 
 Run OurFindAllOnce(const std::u16string& text, std::u16string_view pattern, bool matchCase) {
   Run run;
-  nebro::RegexPtr regex = nebro::BuildRegex(pattern, matchCase, false);
+  nebro::search::RegexPtr regex = nebro::search::BuildRegex(pattern, matchCase, false);
   if (!regex) {
     std::fprintf(stderr, "pattern does not compile: %s\n", Narrow(pattern).c_str());
     std::exit(1);
   }
   std::atomic<bool> cancel{false};
   const Clock::time_point start = Clock::now();
-  nebro::FindBatchContext context;
+  nebro::search::FindBatchContext context;
   context.cancel = &cancel;
   context.wellFormed = true;  // made by Utf8ToUtf16, as the worker's copy is
   uint64_t cursor = 0;
   for (;;) {
-    nebro::RegexBatch batch = nebro::FindBatch(text, *regex, cursor, kBatch, context);
+    nebro::search::RegexBatch batch = nebro::search::FindBatch(text, *regex, cursor, kBatch, context);
     run.matches += batch.matches.size();
     run.status = batch.status;
-    if (batch.matches.empty() || batch.status != nebro::RegexStatus::Ok) break;
+    if (batch.matches.empty() || batch.status != nebro::search::RegexStatus::Ok) break;
   }
   run.seconds = Seconds(start);
   return run;
@@ -404,17 +404,17 @@ int main(int argc, char** argv) {
   {
     char folder[] = "/tmp/nebro-regex-bench-XXXXXX";
     if (!mkdtemp(folder)) return 1;
-    nebro::RegexSearchState state;
-    nebro::RegexSearchRequest request;
+    nebro::search::RegexSearchState state;
+    nebro::search::RegexSearchRequest request;
     request.pattern = u"return";
     request.matchCase = true;
     request.batchSize = UINT64_MAX;
     request.maxMatches = 0;
     request.documentUtf8 = document;
-    nebro::RegexWorkerHooks hooks;
+    nebro::search::RegexWorkerHooks hooks;
     hooks.resultsFolder = folder;
     start = Clock::now();
-    const nebro::RegexCompletion done = nebro::RunRegexSearch(request, state, hooks);
+    const nebro::search::RegexCompletion done = nebro::search::RunRegexSearch(request, state, hooks);
     const double seconds = Seconds(start);
     std::printf(
         "\nworker run, literal, with results list and file: %.2f s, %.0f MB/s, %zu matches, "
@@ -439,7 +439,7 @@ int main(int argc, char** argv) {
         },
         20);
     std::printf("  %6zu a's: ours %s after %.3f s; std::wregex ", n,
-                ours.status == nebro::RegexStatus::TooComplex ? "\"too complex\"" : "finished",
+                ours.status == nebro::search::RegexStatus::TooComplex ? "\"too complex\"" : "finished",
                 ours.seconds);
     if (ref.finished) {
       std::printf("finished after %.3f s (%" PRIu64 " matches)\n", ref.seconds, ref.matches);

@@ -22,7 +22,7 @@
 #include "settings/data_folder.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::app {
 namespace {
 
 using namespace sci;
@@ -32,17 +32,17 @@ int Fail(const std::string& message) {
   return 1;
 }
 
-std::string ResultMessage(ExportResult result, const char* what) {
+std::string ResultMessage(exports::ExportResult result, const char* what) {
   switch (result) {
-    case ExportResult::CannotCreate: return std::string("Cannot create ") + what + " file.";
-    case ExportResult::OutOfMemory: return "Not enough memory for the export.";
+    case exports::ExportResult::CannotCreate: return std::string("Cannot create ") + what + " file.";
+    case exports::ExportResult::OutOfMemory: return "Not enough memory for the export.";
     default: return std::string("Error writing ") + what + " file.";
   }
 }
 
 struct StyledDocument {
   std::string text, styles;
-  ExportStyleTable table{};
+  exports::ExportStyleTable table{};
   int64_t lineCount = 0;
 };
 
@@ -59,9 +59,9 @@ bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledD
   GtkWidget* editor = NewEditor();
   g_object_ref_sink(editor);
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
-  LoadTextIntoEditor(editor, text.data(), text.size());
-  ApplyThemeToEditor(editor);
-  SetupLexer(editor, path);
+  document::LoadTextIntoEditor(editor, text.data(), text.size());
+  appearance::ApplyThemeToEditor(editor);
+  appearance::SetupLexer(editor, path);
   Send(editor, SCI_COLOURISE, 0, -1);
 
   const auto length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
@@ -76,11 +76,11 @@ bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledD
     SendPtr(editor, SCI_GETSTYLEDTEXT, 0, &range);
     interleaved.resize(2 * (end - start));
     std::string text, styles;
-    SplitStyledText(interleaved, text, styles);
+    exports::SplitStyledText(interleaved, text, styles);
     out.text += text;
     out.styles += styles;
   }
-  for (int s = 0; s < kExportStyleCount; ++s) {
+  for (int s = 0; s < exports::kExportStyleCount; ++s) {
     out.table[s] = {static_cast<Colour>(Send(editor, SCI_STYLEGETFORE, s)),
                     static_cast<Colour>(Send(editor, SCI_STYLEGETBACK, s)),
                     Send(editor, SCI_STYLEGETBOLD, s) != 0, Send(editor, SCI_STYLEGETITALIC, s) != 0};
@@ -94,62 +94,62 @@ bool StyleInHiddenEditor(const std::string& path, std::string_view text, StyledD
 
 int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
   // The stored theme and font, read only: a batch run never writes the settings.
-  if (const gchar* root = g_get_user_config_dir()) SetConfigRoot(root);
-  LoadSettings(gSettings);
-  gThemeChosenByUser = true;
+  if (const gchar* root = g_get_user_config_dir()) settings::SetConfigRoot(root);
+  settings::LoadSettings(settings::gSettings);
+  appearance::gThemeChosenByUser = true;
 
-  LoadResult loaded = LoadDocumentFile(request.input, DefaultMaxLoadBytes());
-  if (loaded.decision != LoadDecision::Loaded) return Fail(loaded.message);
+  document::LoadResult loaded = document::LoadDocumentFile(request.input, document::DefaultMaxLoadBytes());
+  if (loaded.decision != document::LoadDecision::Loaded) return Fail(loaded.message);
   const std::string_view text = loaded.text.view();
-  const std::string fontName = Utf16ToUtf8(FieldText(gSettings.fontName));
+  const std::string fontName = Utf16ToUtf8(settings::FieldText(settings::gSettings.fontName));
 
-  ExportResult result = ExportResult::Ok;
+  exports::ExportResult result = exports::ExportResult::Ok;
   if (request.format == "txt") {
-    result = WritePlainTextExport(text, request.output);
-    if (result != ExportResult::Ok) return Fail(result == ExportResult::CannotCreate ? std::string(kPlainTextCannotCreate)
+    result = exports::WritePlainTextExport(text, request.output);
+    if (result != exports::ExportResult::Ok) return Fail(result == exports::ExportResult::CannotCreate ? std::string(exports::kPlainTextCannotCreate)
                                                                                      : ResultMessage(result, "text"));
     return 0;
   }
-  if (request.format == "html" && IsMarkdownPath(request.input)) {
-    MarkdownPageOptions options{request.input, fontName, gSettings.fontSize, gSettings.theme};
+  if (request.format == "html" && exports::IsMarkdownPath(request.input)) {
+    markdown::MarkdownPageOptions options{request.input, fontName, settings::gSettings.fontSize, settings::gSettings.theme};
     std::string page;
-    if (!text.empty() && !RenderMarkdownPage(text, options, page)) return Fail("Cannot render the Markdown page.");
-    result = WriteExportFile(request.output, page);
-    return result == ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
+    if (!text.empty() && !markdown::RenderMarkdownPage(text, options, page)) return Fail("Cannot render the Markdown page.");
+    result = exports::WriteExportFile(request.output, page);
+    return result == exports::ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
   }
 
   if (!gtk_init_check(&argc, &argv)) {
     return Fail("--export " + request.format +
                 " needs a display for the editor's colours; on a machine without one run: xvfb-run -a nebro --export ...");
   }
-  LoadFontAliases();
+  appearance::LoadFontAliases();
   StyledDocument doc;
   std::string error;
   if (!StyleInHiddenEditor(request.input, text, doc, error)) return Fail(error);
-  loaded.text = TextBuffer();  // the styled copy is what the generators read
-  const ThemeColors& theme = GetThemeColors();
-  const StyledText styled{doc.text, doc.styles};
+  loaded.text = document::TextBuffer();  // the styled copy is what the generators read
+  const appearance::ThemeColors& theme = appearance::GetThemeColors();
+  const exports::StyledText styled{doc.text, doc.styles};
   if (request.format == "html") {
-    HtmlExportInput input;
+    exports::HtmlExportInput input;
     input.document = styled;
     input.styles = doc.table;
     input.pageBackground = theme.editorBackground;
-    input.title = ExportTitle(request.input);
+    input.title = exports::ExportTitle(request.input);
     input.fontName = fontName;
     input.lineCount = doc.lineCount;
-    result = ExportHtmlToFile(input, request.output);
-    return result == ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
+    result = exports::ExportHtmlToFile(input, request.output);
+    return result == exports::ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
   }
-  RtfExportInput input;
+  exports::RtfExportInput input;
   input.document = styled;
   input.styles = doc.table;
   input.darkTheme = theme.isDark;
   input.fontName = fontName;
-  input.fontSize = gSettings.fontSize;
+  input.fontSize = settings::gSettings.fontSize;
   input.lineCount = doc.lineCount;
-  result = ExportRtfToFile(input, request.output);
-  return result == ExportResult::Ok ? 0 : Fail(result == ExportResult::CannotCreate ? std::string(kRtfCannotCreate)
-                                                                                    : std::string(kRtfWriteError));
+  result = exports::ExportRtfToFile(input, request.output);
+  return result == exports::ExportResult::Ok ? 0 : Fail(result == exports::ExportResult::CannotCreate ? std::string(exports::kRtfCannotCreate)
+                                                                                    : std::string(exports::kRtfWriteError));
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

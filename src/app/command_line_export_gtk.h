@@ -4,11 +4,11 @@
 
 #include "app/command_line_tool.h"
 
-namespace nebro {
+namespace nebro::app {
 
 // Returns the process exit code; prints a one-line message on stderr on failure. No partial
 // output file is left behind. Colouring needs the editor and so a display; plain text and
 // Markdown pages do not.
 int RunCommandLineExport(const ToolRequest& request, int argc, char** argv);
 
-}  // namespace nebro
+}  // namespace nebro::app

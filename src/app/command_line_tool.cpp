@@ -1,6 +1,6 @@
 #include "app/command_line_tool.h"
 
-namespace nebro {
+namespace nebro::app {
 
 ToolRequest ParseToolRequest(const std::vector<std::string>& args) {
   ToolRequest r;
@@ -63,4 +63,4 @@ std::string OneLine(const std::string& text) {
   return out;
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

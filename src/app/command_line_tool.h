@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace nebro {
+namespace nebro::app {
 
 enum class ToolCommand { None, Help, Export, UsageError };
 
@@ -25,4 +25,4 @@ const char* UsageText();
 // A message box text as one line for a terminal: line breaks become blanks, the ends trimmed.
 std::string OneLine(const std::string& text);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -6,7 +6,7 @@
 #include "document/document_questions.h"
 #include "export/export_rules.h"
 
-namespace nebro {
+namespace nebro::app {
 
 namespace {
 
@@ -35,11 +35,11 @@ ContextMenuItem Submenu(std::string label, std::vector<ContextMenuItem> items) {
   return item;
 }
 
-std::vector<ContextMenuItem> ThemeItems(ThemeId current) {
-  if (current >= kThemeCount) current = 0;  // an unknown number is drawn as theme 0
+std::vector<ContextMenuItem> ThemeItems(appearance::ThemeId current) {
+  if (current >= appearance::kThemeCount) current = 0;  // an unknown number is drawn as theme 0
   std::vector<ContextMenuItem> items;
-  for (ThemeId id = 0; id < kThemeCount; ++id) {
-    items.push_back(Item(ThemeName(id), "", kCmdThemeFirst + static_cast<int>(id), false, id == current));
+  for (appearance::ThemeId id = 0; id < appearance::kThemeCount; ++id) {
+    items.push_back(Item(appearance::ThemeName(id), "", kCmdThemeFirst + static_cast<int>(id), false, id == current));
   }
   return items;
 }
@@ -57,7 +57,7 @@ std::vector<ContextMenuItem> TransparencyItems(int current) {
 std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
   std::vector<ContextMenuItem> items;
   bool any = false;
-  for (int i = 0; i < kRecentFileCount; ++i) {
+  for (int i = 0; i < document::kRecentFileCount; ++i) {
     const std::u16string& entry = state.recentFiles[i];
     if (entry.empty()) continue;
     any = true;
@@ -77,7 +77,7 @@ std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
 std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileExists) {
   std::string label(1, static_cast<char>('1' + index));
   label += ".  ";
-  label += DocumentDisplayName(Utf16ToUtf8(entry));
+  label += document::DocumentDisplayName(Utf16ToUtf8(entry));
   if (!fileExists) label += "  \xE2\x8A\x97";  // U+2297 CIRCLED TIMES
   return label;
 }
@@ -108,7 +108,7 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const C
                                    Item("Print Preview...", "", kCmdPrintPreview),
                                    Keyed("Print...", kCmdPrint)}));
   menu.push_back(Separator());
-  menu.push_back(Item("MD Preview (HTML)", "", kCmdMarkdownPreview, !IsMarkdownPath(s.documentPath)));
+  menu.push_back(Item("MD Preview (HTML)", "", kCmdMarkdownPreview, !exports::IsMarkdownPath(s.documentPath)));
   menu.push_back(Separator());
   menu.push_back(Submenu("Theme", ThemeItems(s.theme)));
   menu.push_back(Submenu("Transparency", TransparencyItems(s.transparency)));
@@ -123,4 +123,4 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const C
   return menu;
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

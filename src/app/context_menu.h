@@ -12,7 +12,7 @@
 #include "common/command_table.h"
 #include "document/recent_files.h"
 
-namespace nebro {
+namespace nebro::app {
 
 // Everything the menu depends on, read at the moment it opens.
 struct ContextMenuState {
@@ -22,14 +22,14 @@ struct ContextMenuState {
   bool clipboardHasText = false;
   bool documentEmpty = true;
   std::string documentPath;  // UTF-8; empty for an untitled document
-  ThemeId theme = 0;         // as stored; numbers above 5 read as theme 0
+  appearance::ThemeId theme = 0;         // as stored; numbers above 5 read as theme 0
   int transparency = 0;      // per cent
   bool lineNumbers = false;
   bool wordWrap = false;
   // The recent-files list, most recent first; an empty text is an empty entry.
-  std::array<std::u16string, kRecentFileCount> recentFiles;
+  std::array<std::u16string, document::kRecentFileCount> recentFiles;
   // Whether each entry's file can still be examined (ignored for empty entries).
-  std::array<bool, kRecentFileCount> recentFileExists{};
+  std::array<bool, document::kRecentFileCount> recentFileExists{};
 };
 
 enum class ContextMenuKind {
@@ -55,4 +55,4 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state, con
 // "  ⊗" when the file is missing. Entry 9 therefore starts with ':'.
 std::string RecentFileMenuLabel(int index, std::u16string_view entry, bool fileExists);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -12,7 +12,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::app {
 
 namespace {
 
@@ -23,7 +23,7 @@ constexpr const char* kCheckMark = "\xE2\x9C\x93";  // U+2713 CHECK MARK
 
 // The menu's look in the current theme. One provider serves every widget of one menu: a provider
 // added to a style context reaches only that widget, so it is added to each of them.
-std::string MenuCss(const ThemeColors& t) {
+std::string MenuCss(const appearance::ThemeColors& t) {
   const std::string bg = ColourText(t.dialogBackground);
   const std::string fg = ColourText(t.dialogText);
   const std::string hover = ColourText(t.hoverBackground);
@@ -173,20 +173,20 @@ ContextMenuState ReadContextMenuState() {
   }
   s.clipboardHasText = gtk_clipboard_wait_is_text_available(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   s.documentPath = gMain.doc.path;
-  s.theme = CurrentThemeId();
-  s.transparency = gSettings.transparency;
-  s.lineNumbers = gSettings.lineNumbers;
-  s.wordWrap = gSettings.wordWrap;
-  for (int i = 0; i < kRecentFileCount; ++i) {
-    s.recentFiles[i] = std::u16string(RecentFileEntry(gSettings.recentFiles, i));
-    s.recentFileExists[i] = !s.recentFiles[i].empty() && PathExists(Utf16ToUtf8(s.recentFiles[i]));
+  s.theme = appearance::CurrentThemeId();
+  s.transparency = settings::gSettings.transparency;
+  s.lineNumbers = settings::gSettings.lineNumbers;
+  s.wordWrap = settings::gSettings.wordWrap;
+  for (int i = 0; i < document::kRecentFileCount; ++i) {
+    s.recentFiles[i] = std::u16string(document::RecentFileEntry(settings::gSettings.recentFiles, i));
+    s.recentFileExists[i] = !s.recentFiles[i].empty() && document::PathExists(Utf16ToUtf8(s.recentFiles[i]));
   }
   return s;
 }
 
 GtkWidget* CreateContextMenuWidget(const std::vector<ContextMenuItem>& items) {
   GtkCssProvider* css = gtk_css_provider_new();
-  gtk_css_provider_load_from_data(css, MenuCss(GetThemeColors()).c_str(), -1, nullptr);
+  gtk_css_provider_load_from_data(css, MenuCss(appearance::GetThemeColors()).c_str(), -1, nullptr);
   GtkWidget* menu = BuildMenu(items, css);
   g_object_unref(css);  // the style contexts hold it now
   return menu;
@@ -221,4 +221,4 @@ void AttachContextMenu(GtkWidget* editor) {
   g_signal_connect(editor, "popup-menu", G_CALLBACK(OnEditorPopupMenu), nullptr);
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -8,7 +8,7 @@
 
 #include "app/context_menu.h"
 
-namespace nebro {
+namespace nebro::app {
 
 // The state the menu depends on, read from the editor, the clipboard, the document and the
 // settings.
@@ -27,4 +27,4 @@ GtkWidget* ShowContextMenu(GdkEvent* trigger);
 // a right click, the Menu key and Shift+F10. Does nothing in viewer mode.
 void AttachContextMenu(GtkWidget* editor);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -1,3 +1,3 @@
 #include "app/startup_gtk.h"
 
-int main(int argc, char** argv) { return nebro::RunNebro(argc, argv); }
+int main(int argc, char** argv) { return nebro::app::RunNebro(argc, argv); }

@@ -8,23 +8,23 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::app {
 namespace {
 
 using namespace sci;
 
 void ToggleLineNumbers() {
-  gSettings.lineNumbers = !gSettings.lineNumbers;
+  settings::gSettings.lineNumbers = !settings::gSettings.lineNumbers;
   if (!gMain.margin) return;
-  gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
-  UpdateMargin(gMain.margin);
+  gtk_widget_set_visible(gMain.margin, settings::gSettings.lineNumbers);
+  appearance::UpdateMargin(gMain.margin);
 }
 
 void ToggleWordWrap() {
-  gSettings.wordWrap = !gSettings.wordWrap;
-  Send(gMain.editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-  Send(gMain.editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
-  UpdateMargin(gMain.margin);
+  settings::gSettings.wordWrap = !settings::gSettings.wordWrap;
+  Send(gMain.editor, SCI_SETWRAPMODE, settings::gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
+  Send(gMain.editor, SCI_SETHSCROLLBAR, !settings::gSettings.wordWrap);
+  appearance::UpdateMargin(gMain.margin);
 }
 
 Command EditorMessage(int id, const char* label, const char* key, unsigned message) {
@@ -59,16 +59,16 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, NotBuilt(kCmdHelp, "Help", {}));
   AddCommand(t, {kCmdLineNumbers, "Line Numbers", {}, "", ToggleLineNumbers, {}});
   AddCommand(t, {kCmdWordWrap, "Word Wrap", {}, "", ToggleWordWrap, {}});
-  for (ThemeId id = 0; id < kThemeCount; ++id) {
-    AddCommand(t, {kCmdThemeFirst + static_cast<int>(id), ThemeName(id), {}, "", [id] { SetTheme(id, true); }, {}});
+  for (appearance::ThemeId id = 0; id < appearance::kThemeCount; ++id) {
+    AddCommand(t, {kCmdThemeFirst + static_cast<int>(id), appearance::ThemeName(id), {}, "", [id] { appearance::SetTheme(id, true); }, {}});
   }
   for (int step = 0; step <= kCmdTransparencyLast - kCmdTransparencyFirst; ++step) {
     AddCommand(t, {kCmdTransparencyFirst + step, "Transparency", {}, "", [step] {
-                     gSettings.transparency = step * 10;
-                     ApplyTransparency(gSettings.transparency);
-                     SaveSettings(gSettings);
+                     settings::gSettings.transparency = step * 10;
+                     ApplyTransparency(settings::gSettings.transparency);
+                     settings::SaveSettings(settings::gSettings);
                    }, {}});
   }
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -4,8 +4,8 @@
 
 #include "common/command_table.h"
 
-namespace nebro {
+namespace nebro::app {
 
 void AddMainWindowCommands(CommandTable& table);
 
-}  // namespace nebro
+}  // namespace nebro::app

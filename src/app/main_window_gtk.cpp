@@ -22,7 +22,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::app {
 
 MainWindow gMain;
 bool gViewerMode = false;
@@ -50,9 +50,9 @@ gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer) {
   return FALSE;
 }
 
-void UpdateStatus() { UpdateStatusBar(gMain.statusBar, gMain.doc.encoding); }
+void UpdateStatus() { appearance::UpdateStatusBar(gMain.statusBar, gMain.doc.encoding); }
 
-void RefreshToolbar() { RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
+void RefreshToolbar() { appearance::RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
 
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;
@@ -60,7 +60,7 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
     switch (n->nmhdr.code) {
       case SCN_UPDATEUI:
         UpdateStatus();
-        UpdateMargin(gMain.margin);
+        appearance::UpdateMargin(gMain.margin);
         break;
       case SCN_MODIFIED:
         if (n->modificationType & (SC_MOD_INSERTTEXT | SC_MOD_DELETETEXT)) {
@@ -70,11 +70,11 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
             RefreshToolbar();
           }
           UpdateStatus();
-          if (n->linesAdded != 0) UpdateMargin(gMain.margin);
+          if (n->linesAdded != 0) appearance::UpdateMargin(gMain.margin);
         }
         break;
       case SCN_ZOOM:
-        UpdateMargin(gMain.margin);
+        appearance::UpdateMargin(gMain.margin);
         UpdateStatus();
         break;
       default:
@@ -86,11 +86,11 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
 }
 
 gboolean OnEditorKey(GtkWidget*, GdkEventKey* event, gpointer) {
-  if (!gSettings.soundOnKeyPress) return FALSE;
+  if (!settings::gSettings.soundOnKeyPress) return FALSE;
   if (event->state & (GDK_CONTROL_MASK | GDK_MOD1_MASK)) return FALSE;  // shortcuts type nothing
   const bool enter = event->keyval == GDK_KEY_Return || event->keyval == GDK_KEY_KP_Enter;
   const uint32_t c = enter ? 13 : gdk_keyval_to_unicode(event->keyval);
-  PlayTypewriterSound(TypewriterSoundFor(gSettings.soundOnKeyPress, gSettings.soundOnNewLine, c));
+  PlayTypewriterSound(TypewriterSoundFor(settings::gSettings.soundOnKeyPress, settings::gSettings.soundOnNewLine, c));
   return FALSE;
 }
 
@@ -98,7 +98,7 @@ void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
   if (gtk_window_is_active(GTK_WINDOW(window))) {
     // After the activation has settled, so a box shown from here does not fight it.
     g_idle_add([](gpointer) -> gboolean {
-      if (gMain.window && !gMain.destroyed) CheckDocumentOnActivation(MainDocumentWindow());
+      if (gMain.window && !gMain.destroyed) document::CheckDocumentOnActivation(MainDocumentWindow());
       return G_SOURCE_REMOVE;
     }, nullptr);
   }
@@ -117,7 +117,7 @@ void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSele
   if (!path.empty()) {
     g_idle_add([](gpointer p) -> gboolean {
       std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
-      if (gMain.window && !gMain.destroyed) OpenDroppedFile(MainDocumentWindow(), *dropped);
+      if (gMain.window && !gMain.destroyed) document::OpenDroppedFile(MainDocumentWindow(), *dropped);
       return G_SOURCE_REMOVE;
     }, new std::string(path));
   }
@@ -125,14 +125,14 @@ void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSele
 
 void FollowTheme() {
   if (gViewerMode || !gMain.editor) return;
-  ApplyThemeToEditor(gMain.editor);
+  appearance::ApplyThemeToEditor(gMain.editor);
   RepaintChrome();
   gtk_widget_queue_draw(gMain.window);
 }
 
 }  // namespace
 
-DocumentWindow MainDocumentWindow() {
+document::DocumentWindow MainDocumentWindow() {
   return {GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc, [] {
             UpdateTitle();
             RepaintChrome();
@@ -143,7 +143,7 @@ void RepaintChrome() {
   if (gViewerMode) return;
   RefreshToolbar();
   UpdateStatus();
-  UpdateMargin(gMain.margin);
+  appearance::UpdateMargin(gMain.margin);
   for (GtkWidget* w : {gMain.margin, gMain.statusBar, gMain.toolbar}) {
     if (w) gtk_widget_queue_draw(w);
   }
@@ -156,7 +156,7 @@ void ApplyTransparency(int percent) {
 
 void UpdateTitle() {
   if (gMain.doc.viewerMode || !gMain.window) return;
-  gtk_window_set_title(GTK_WINDOW(gMain.window), DocumentTitle(gMain.doc).c_str());
+  gtk_window_set_title(GTK_WINDOW(gMain.window), document::DocumentTitle(gMain.doc).c_str());
 }
 
 bool CreateMainWindow(const char* caption, int x, int y, int width, int height, bool defaultPosition) {
@@ -186,7 +186,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   gMain.commands = CommandTable();
   if (!gViewerMode) {
     AddMainWindowCommands(gMain.commands);
-    AddDocumentCommands(gMain.commands, MainDocumentWindow());
+    document::AddDocumentCommands(gMain.commands, MainDocumentWindow());
   }
   // Toolbar on top, the line-number margin left of the editor, the status bar at the bottom;
   // the viewer has the editor alone.
@@ -194,9 +194,9 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   gtk_container_add(GTK_CONTAINER(window), box);
   GtkWidget* row = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 0);
   if (!gViewerMode) {
-    gMain.toolbar = CreateToolbar(gMain.commands, [](int id) { DispatchCommand(id); });
-    gMain.margin = CreateLineNumberMargin(editor);
-    gMain.statusBar = CreateStatusBar(editor);
+    gMain.toolbar = appearance::CreateToolbar(gMain.commands, [](int id) { DispatchCommand(id); });
+    gMain.margin = appearance::CreateLineNumberMargin(editor);
+    gMain.statusBar = appearance::CreateStatusBar(editor);
     gtk_box_pack_start(GTK_BOX(box), gMain.toolbar, FALSE, FALSE, 0);
     gtk_box_pack_start(GTK_BOX(row), gMain.margin, FALSE, FALSE, 0);
   }
@@ -209,16 +209,16 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);
 
   if (gViewerMode) {
-    ApplyReadingLook(editor);
+    appearance::ApplyReadingLook(editor);
   } else {
-    Send(editor, SCI_SETWRAPMODE, gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-    Send(editor, SCI_SETHSCROLLBAR, !gSettings.wordWrap);
+    Send(editor, SCI_SETWRAPMODE, settings::gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
+    Send(editor, SCI_SETHSCROLLBAR, !settings::gSettings.wordWrap);
     // New documents end their lines as every Linux program does; loaded files keep their own.
     Send(editor, SCI_SETEOLMODE, SC_EOL_LF);
-    ApplyThemeToEditor(editor);
-    SetDarkTitleBar(GetThemeColors().isDark);
+    appearance::ApplyThemeToEditor(editor);
+    appearance::SetDarkTitleBar(appearance::GetThemeColors().isDark);
     FollowThemeChanges(window, FollowTheme);
-    ApplySystemThemePreference();
+    appearance::ApplySystemThemePreference();
     UpdateTitle();
     gMain.accelerators = CreateAccelerators(gMain.commands, DispatchCommand);
     gtk_window_add_accel_group(GTK_WINDOW(window), gMain.accelerators);
@@ -235,7 +235,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   g_signal_connect(window, "configure-event", G_CALLBACK(OnConfigure), nullptr);
   g_signal_connect(window, "window-state-event", G_CALLBACK(OnWindowState), nullptr);
   gtk_widget_show_all(box);
-  if (gMain.margin) gtk_widget_set_visible(gMain.margin, gSettings.lineNumbers);
+  if (gMain.margin) gtk_widget_set_visible(gMain.margin, settings::gSettings.lineNumbers);
   RepaintChrome();
   gtk_widget_grab_focus(editor);
   return true;
@@ -243,15 +243,15 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
 
 void OpenFileFromStartup(const std::string& path) {
   if (!gViewerMode) {
-    LoadAsDocument(MainDocumentWindow(), path);
+    document::LoadAsDocument(MainDocumentWindow(), path);
     return;
   }
-  FileLoad({GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc}, path, [path](bool loaded) {
+  document::FileLoad({GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc}, path, [path](bool loaded) {
     if (!loaded || !gMain.window) return;
     gMain.doc.path = path;
-    ApplyReadingLook(gMain.editor);
+    appearance::ApplyReadingLook(gMain.editor);
     Send(gMain.editor, SCI_SETREADONLY, 1);
-    gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + DocumentDisplayName(path)).c_str());
+    gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + document::DocumentDisplayName(path)).c_str());
   });
 }
 
@@ -262,8 +262,8 @@ bool DispatchCommand(int id) {
 
 bool RequestClose() {
   if (!gMain.window || gMain.destroyed) return false;
-  if (FileLoadInProgress()) return false;  // the window goes once the load has finished
-  if (!gViewerMode && !ConfirmLeavingDocument(MainDocumentWindow())) return false;
+  if (document::FileLoadInProgress()) return false;  // the window goes once the load has finished
+  if (!gViewerMode && !document::ConfirmLeavingDocument(MainDocumentWindow())) return false;
   DestroyMainWindow();
   return true;
 }
@@ -271,18 +271,18 @@ bool RequestClose() {
 void DestroyMainWindow() {
   if (!gMain.window || gMain.destroyed) return;
   gMain.destroyed = true;
-  CloseDocumentLock(gMain.doc);
+  document::CloseDocumentLock(gMain.doc);
   EndViewer();
   if (!gViewerMode) {
-    RestartAutoSaveTimer(MainDocumentWindow(), 0);
+    document::RestartAutoSaveTimer(MainDocumentWindow(), 0);
     // Theme, wrap, line numbers and font live in the settings record already.
-    gSettings.windowMaximized = gMain.maximized;
-    gSettings.windowX = gMain.normalX;
-    gSettings.windowY = gMain.normalY;
-    gSettings.windowWidth = gMain.normalWidth;
-    gSettings.windowHeight = gMain.normalHeight;
-    SetFieldText(gSettings.lastFile, Utf8ToUtf16(gMain.doc.path));
-    SaveSettings(gSettings);
+    settings::gSettings.windowMaximized = gMain.maximized;
+    settings::gSettings.windowX = gMain.normalX;
+    settings::gSettings.windowY = gMain.normalY;
+    settings::gSettings.windowWidth = gMain.normalWidth;
+    settings::gSettings.windowHeight = gMain.normalHeight;
+    settings::SetFieldText(settings::gSettings.lastFile, Utf8ToUtf16(gMain.doc.path));
+    settings::SaveSettings(settings::gSettings);
   }
   gtk_widget_destroy(gMain.window);
   gMain.window = gMain.editor = gMain.margin = gMain.toolbar = gMain.statusBar = nullptr;
@@ -293,15 +293,15 @@ void DestroyMainWindow() {
 
 void ResetMainWindowState() {
   if (gMain.window) {
-    CloseDocumentLock(gMain.doc);
-    RestartAutoSaveTimer(MainDocumentWindow(), 0);
+    document::CloseDocumentLock(gMain.doc);
+    document::RestartAutoSaveTimer(MainDocumentWindow(), 0);
     gtk_widget_destroy(gMain.window);
   }
   gMain = MainWindow();
   gViewerMode = false;
-  SetDefaultSettings(gSettings);
-  gThemeChosenByUser = true;
+  settings::SetDefaultSettings(settings::gSettings);
+  appearance::gThemeChosenByUser = true;
   SetMessageBoxHook(nullptr);
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -11,7 +11,7 @@
 #include "document/document_ops_gtk.h"
 #include "document/document_state.h"
 
-namespace nebro {
+namespace nebro::app {
 
 struct MainWindow {
   GtkWidget* window = nullptr;
@@ -20,7 +20,7 @@ struct MainWindow {
   GtkWidget* toolbar = nullptr;    // normal mode only
   GtkWidget* statusBar = nullptr;  // normal mode only
   GtkAccelGroup* accelerators = nullptr;
-  DocumentState doc;
+  document::DocumentState doc;
   CommandTable commands;
   // The window's size and position while neither maximised nor minimised (the "normal" place).
   int normalX = 0, normalY = 0, normalWidth = 0, normalHeight = 0;
@@ -36,7 +36,7 @@ extern bool gViewerMode;
 bool CreateMainWindow(const char* caption, int x, int y, int width, int height, bool defaultPosition);
 
 // The parts of the main window that the document functions work on.
-DocumentWindow MainDocumentWindow();
+document::DocumentWindow MainDocumentWindow();
 
 // Sets the title from the document state ("Nebro - name *"); the viewer keeps its own title.
 void UpdateTitle();
@@ -63,4 +63,4 @@ void RepaintChrome();
 // Applies the transparency percentage to the window (0 = opaque).
 void ApplyTransparency(int percent);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -23,7 +23,7 @@
 #include "settings/settings.h"
 #include "settings/temp_files.h"
 
-namespace nebro {
+namespace nebro::app {
 namespace {
 
 constexpr const char* kFatalTitle = "Nebro - Fatal Error";
@@ -37,7 +37,7 @@ int Fatal(const char* trace, const char* text) {
 gboolean OnTerminate(gpointer) {
   // A signal ends the editor in order: the destroy sequence runs, nothing is asked. A load in
   // progress finishes first.
-  if (FileLoadInProgress()) {
+  if (document::FileLoadInProgress()) {
     g_timeout_add(50, OnTerminate, nullptr);
     return G_SOURCE_REMOVE;
   }
@@ -86,13 +86,13 @@ int RunNebro(int argc, char** argv) {
 
   Trace("Nebro: Started");
   Trace("Nebro: Loading settings");
-  if (const gchar* root = g_get_user_config_dir()) SetConfigRoot(root);
-  LoadSettings(gSettings);
-  CleanupTempFiles();
-  gThemeChosenByUser = true;
-  if (gSettings.firstRun) {
-    gSettings.firstRun = false;
-    SaveSettings(gSettings);
+  if (const gchar* root = g_get_user_config_dir()) settings::SetConfigRoot(root);
+  settings::LoadSettings(settings::gSettings);
+  settings::CleanupTempFiles();
+  appearance::gThemeChosenByUser = true;
+  if (settings::gSettings.firstRun) {
+    settings::gSettings.firstRun = false;
+    settings::SaveSettings(settings::gSettings);
   }
 
   Trace("Nebro: Parsing command line for --viewer flag");
@@ -101,7 +101,7 @@ int RunNebro(int argc, char** argv) {
   if (gViewerMode) Trace("Nebro: Viewer mode enabled");
 
   Trace("Nebro: Loading font aliases");
-  LoadFontAliases();
+  appearance::LoadFontAliases();
 
   Trace("Nebro: Loading libscintilla.so");
   if (sci::LoadScintilla() != sci::LibraryLoad::Ok) {
@@ -129,7 +129,7 @@ int RunNebro(int argc, char** argv) {
   }
 
   Trace("Nebro: Creating main window");
-  int x = kDefaultPosition, y = kDefaultPosition, width, height;
+  int x = settings::kDefaultPosition, y = settings::kDefaultPosition, width, height;
   bool defaultPosition = false;
   if (gViewerMode) {
     Trace("Nebro: Viewer mode - window place from the launching editor");
@@ -146,14 +146,14 @@ int RunNebro(int argc, char** argv) {
     Trace("Nebro: Viewer window size set");
   } else {
     Trace("Nebro: Normal mode - using settings for window position");
-    width = gSettings.windowWidth;
-    height = gSettings.windowHeight;
-    if (gSettings.windowX == kDefaultPosition || gSettings.windowY == kDefaultPosition) {
+    width = settings::gSettings.windowWidth;
+    height = settings::gSettings.windowHeight;
+    if (settings::gSettings.windowX == settings::kDefaultPosition || settings::gSettings.windowY == settings::kDefaultPosition) {
       defaultPosition = true;
       Trace("Nebro: Position left to the window manager");
     } else {
-      x = gSettings.windowX;
-      y = gSettings.windowY;
+      x = settings::gSettings.windowX;
+      y = settings::gSettings.windowY;
     }
   }
   if (defaultPosition) Trace("Nebro: Window size: %d x %d", width, height);
@@ -166,23 +166,23 @@ int RunNebro(int argc, char** argv) {
   }
   Trace("Nebro: Main window created");
 
-  if (!gViewerMode && gSettings.transparency > 0) {
+  if (!gViewerMode && settings::gSettings.transparency > 0) {
     Trace("Nebro: Applying window transparency");
-    ApplyTransparency(gSettings.transparency);
+    ApplyTransparency(settings::gSettings.transparency);
   }
-  if (!gViewerMode && gSettings.windowMaximized) gtk_window_maximize(GTK_WINDOW(gMain.window));
+  if (!gViewerMode && settings::gSettings.windowMaximized) gtk_window_maximize(GTK_WINDOW(gMain.window));
   gtk_widget_show(gMain.window);
   Trace("Nebro: Window shown");
 
   Trace("Nebro: Processing command line arguments");
   Trace("Nebro: Command line has %d arguments", static_cast<int>(args.size()));
   if (args.size() < 2) {
-    const std::string last = Utf16ToUtf8(FieldText(gSettings.lastFile));
+    const std::string last = Utf16ToUtf8(settings::FieldText(settings::gSettings.lastFile));
     if (!gViewerMode && !last.empty()) {
       Trace("Nebro: No command line file, checking last file from settings");
       if (!g_file_test(last.c_str(), G_FILE_TEST_EXISTS)) {
         Trace("Nebro: Last file no longer exists, clearing");
-        SetFieldText(gSettings.lastFile, u"");
+        settings::SetFieldText(settings::gSettings.lastFile, u"");
       } else {
         Trace("Nebro: Loading last file from settings");
         PostOpen(last);
@@ -214,4 +214,4 @@ int RunNebro(int argc, char** argv) {
   return 0;
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -1,8 +1,8 @@
 #pragma once
 
-namespace nebro {
+namespace nebro::app {
 
 // The whole life of the process: start-up, the main loop and the clean-up. Returns the exit code.
 int RunNebro(int argc, char** argv);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace nebro {
+namespace nebro::app {
 namespace {
 
 constexpr const char* kGeometryPrefix = "--nebro-viewer-geometry=";
@@ -45,4 +45,4 @@ int TransparencyAlpha(int percent) {
   return 255 - static_cast<int>(static_cast<double>(percent) * 255.0 / 100.0);
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace nebro {
+namespace nebro::app {
 
 struct WindowGeometry {
   int x, y, width, height;
@@ -29,4 +29,4 @@ std::string ViewerGeometryArgument(const WindowGeometry& g);
 // 255 - trunc(percent x 255 / 100), computed in double precision.
 int TransparencyAlpha(int percent);
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -1,6 +1,6 @@
 #include "app/typewriter.h"
 
-namespace nebro {
+namespace nebro::app {
 
 TypewriterSound TypewriterSoundFor(bool soundOnKeyPress, bool soundOnNewLine, uint32_t c) {
   if (!soundOnKeyPress) return TypewriterSound::None;
@@ -9,4 +9,4 @@ TypewriterSound TypewriterSoundFor(bool soundOnKeyPress, bool soundOnNewLine, ui
   return TypewriterSound::None;
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

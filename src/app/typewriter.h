@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace nebro {
+namespace nebro::app {
 
 enum class TypewriterSound { None, Key, NewLine };
 
@@ -12,4 +12,4 @@ enum class TypewriterSound { None, Key, NewLine };
 // off.
 TypewriterSound TypewriterSoundFor(bool soundOnKeyPress, bool soundOnNewLine, uint32_t character);
 
-}  // namespace nebro
+}  // namespace nebro::app

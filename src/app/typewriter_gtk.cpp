@@ -4,7 +4,7 @@
 #include <canberra.h>
 #endif
 
-namespace nebro {
+namespace nebro::app {
 
 #ifdef NEBRO_HAVE_CANBERRA
 namespace {
@@ -31,4 +31,4 @@ void PlayTypewriterSound(TypewriterSound sound) {
 void PlayTypewriterSound(TypewriterSound) {}
 #endif
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -4,8 +4,8 @@
 
 #include "app/typewriter.h"
 
-namespace nebro {
+namespace nebro::app {
 
 void PlayTypewriterSound(TypewriterSound sound);
 
-}  // namespace nebro
+}  // namespace nebro::app

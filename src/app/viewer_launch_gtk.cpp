@@ -8,7 +8,7 @@
 
 #include "app/startup_rules.h"
 
-namespace nebro {
+namespace nebro::app {
 namespace {
 
 GPid viewerPid = 0;
@@ -57,4 +57,4 @@ void LaunchViewer(GtkWindow* owner, const std::string& path) {
   g_child_watch_add(pid, OnViewerExit, nullptr);
 }
 
-}  // namespace nebro
+}  // namespace nebro::app

@@ -2,13 +2,13 @@
 
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 LanguageId gLanguage = kLangPlainText;
 bool gThemeChosenByUser = false;
 
-ThemeId CurrentThemeId() { return gSettings.theme; }
+ThemeId CurrentThemeId() { return settings::gSettings.theme; }
 
-const ThemeColors& GetThemeColors() { return ThemeColorsFor(gSettings.theme); }
+const ThemeColors& GetThemeColors() { return ThemeColorsFor(settings::gSettings.theme); }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

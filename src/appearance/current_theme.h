@@ -4,7 +4,7 @@
 #include "appearance/languages.h"
 #include "appearance/themes.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // The theme number as stored in the settings (may be out of range).
 ThemeId CurrentThemeId();
@@ -18,4 +18,4 @@ extern LanguageId gLanguage;
 // Lives in memory only.
 extern bool gThemeChosenByUser;
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -2,7 +2,7 @@
 
 #include <fontconfig/fontconfig.h>
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 constexpr const char* kFontAliases = R"(<?xml version="1.0"?>
@@ -21,4 +21,4 @@ void LoadFontAliases() {
   if (config) FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8*>(kFontAliases), FcFalse);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

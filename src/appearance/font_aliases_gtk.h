@@ -2,10 +2,10 @@
 // machine may not have.
 #pragma once
 
-namespace nebro {
+namespace nebro::appearance {
 
 // Makes those names resolve to the installed monospace, sans and serif faces when the fonts are
 // missing. Call before the first window.
 void LoadFontAliases();
 
-}  // namespace nebro
+}  // namespace nebro::appearance

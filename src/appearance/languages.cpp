@@ -3,7 +3,7 @@
 #include <cwctype>
 #include <string>
 
-namespace nebro {
+namespace nebro::appearance {
 
 const char* const kCppKeywords0 =
     "alignas alignof and and_eq asm auto bitand bitor bool break case catch char char8_t "
@@ -98,4 +98,4 @@ const char* KeywordList(LanguageId id, int set) {
   }
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

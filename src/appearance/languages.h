@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::appearance {
 
 // Lexilla's lexer numbers.
 using LanguageId = int32_t;
@@ -36,4 +36,4 @@ extern const char* const kCppKeywords1;
 extern const char* const kPythonKeywords;
 extern const char* const kBatchKeywords;
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -6,14 +6,14 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 using namespace sci;
 
 // The font face as UTF-8, at most 63 bytes, never cutting a character in two.
 std::string FontFaceUtf8() {
-  std::string face = Utf16ToUtf8(FieldText(gSettings.fontName));
+  std::string face = Utf16ToUtf8(settings::FieldText(settings::gSettings.fontName));
   if (face.size() > 63) {
     size_t n = 63;
     while (n > 0 && (static_cast<unsigned char>(face[n]) & 0xC0) == 0x80) --n;
@@ -24,7 +24,7 @@ std::string FontFaceUtf8() {
 
 void ApplyStyleMap(GtkWidget* editor, const ThemeColors& t) {
   Send(editor, SCI_STYLECLEARALL);
-  for (const ResolvedStyle& s : ResolveStyleMap(gLanguage, t, gSettings.fontBold, gSettings.fontItalic)) {
+  for (const ResolvedStyle& s : ResolveStyleMap(gLanguage, t, settings::gSettings.fontBold, settings::gSettings.fontItalic)) {
     Send(editor, SCI_STYLESETFORE, s.style, s.fore);
     Send(editor, SCI_STYLESETBACK, s.style, s.back);
     Send(editor, SCI_STYLESETBOLD, s.style, s.bold);
@@ -43,7 +43,7 @@ void SetLineNumberColours(GtkWidget* editor, const ThemeColors& t) {
 void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t) {
   const std::string face = FontFaceUtf8();
   SendPtr(editor, SCI_STYLESETFONT, STYLE_DEFAULT, face.c_str());
-  Send(editor, SCI_STYLESETSIZE, STYLE_DEFAULT, gSettings.fontSize);
+  Send(editor, SCI_STYLESETSIZE, STYLE_DEFAULT, settings::gSettings.fontSize);
   Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
   Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
 }
@@ -94,11 +94,11 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
     Send(editor, SCI_STYLECLEARALL);
     Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
     Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
-    Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, gSettings.fontBold);
-    Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, gSettings.fontItalic);
+    Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, settings::gSettings.fontBold);
+    Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, settings::gSettings.fontItalic);
     Send(editor, SCI_STYLECLEARALL);
   }
   SetLineNumberColours(editor, t);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

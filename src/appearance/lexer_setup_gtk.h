@@ -8,7 +8,7 @@
 
 #include "appearance/themes.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // STYLE_DEFAULT from the stored font and the theme `t`.
 void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t);
@@ -21,4 +21,4 @@ void HideOwnMargins(GtkWidget* editor);
 // Marks the editor's frame (scroll bars) dark or light for the CSS.
 void MarkEditorFrame(GtkWidget* editor, bool dark);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nebro {
+namespace nebro::appearance {
 
 int MarginWidth(long lineCount, int nineWidth) {
   int digits = 0;
@@ -29,4 +29,4 @@ std::vector<MarginRow> MarginRowsToPaint(const MarginView& view, const std::func
   return rows;
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-namespace nebro {
+namespace nebro::appearance {
 
 // Space right of the numbers, inside the margin.
 inline constexpr int kMarginRightPadding = 6;
@@ -38,4 +38,4 @@ struct MarginView {
 // where `docLineFromVisible` of the display line reaches the line count.
 std::vector<MarginRow> MarginRowsToPaint(const MarginView& view, const std::function<long(long)>& docLineFromVisible);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

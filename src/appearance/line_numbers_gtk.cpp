@@ -12,7 +12,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 using namespace sci;
@@ -30,7 +30,7 @@ void RememberWidth(GtkWidget* margin, int width) {
 GtkWidget* EditorOf(GtkWidget* margin) { return static_cast<GtkWidget*>(g_object_get_data(G_OBJECT(margin), kEditorKey)); }
 
 std::string FaceName() {
-  std::string face = Utf16ToUtf8(FieldText(gSettings.fontName));
+  std::string face = Utf16ToUtf8(settings::FieldText(settings::gSettings.fontName));
   if (face.size() > kFaceBytes) {
     size_t n = kFaceBytes;
     while (n > 0 && (static_cast<unsigned char>(face[n]) & 0xC0) == 0x80) --n;
@@ -45,7 +45,7 @@ FontDescriptionPtr NumberFont(int zoom) {
   FontDescriptionPtr font(pango_font_description_new());
   pango_font_description_set_family(font.get(), FaceName().c_str());
   pango_font_description_set_weight(font.get(), PANGO_WEIGHT_NORMAL);
-  pango_font_description_set_size(font.get(), MarginFontPoints(gSettings.fontSize, zoom) * PANGO_SCALE);
+  pango_font_description_set_size(font.get(), MarginFontPoints(settings::gSettings.fontSize, zoom) * PANGO_SCALE);
   return font;
 }
 
@@ -132,14 +132,14 @@ GtkWidget* CreateLineNumberMargin(GtkWidget* editor) {
 }
 
 int MarginWidth(GtkWidget* e) {
-  if (!gSettings.lineNumbers || !e) return 0;
+  if (!settings::gSettings.lineNumbers || !e) return 0;
   const long lines = static_cast<long>(Send(e, SCI_GETLINECOUNT));
   const int nine = static_cast<int>(SendPtr(e, SCI_TEXTWIDTH, STYLE_LINENUMBER, "9"));
   return MarginWidth(lines, nine);
 }
 
 void UpdateMargin(GtkWidget* margin) {
-  if (!gSettings.lineNumbers || !margin) return;
+  if (!settings::gSettings.lineNumbers || !margin) return;
   const int width = MarginWidth(EditorOf(margin));
   if (width != RememberedWidth(margin)) {
     RememberWidth(margin, width);
@@ -148,4 +148,4 @@ void UpdateMargin(GtkWidget* margin) {
   gtk_widget_queue_draw(margin);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

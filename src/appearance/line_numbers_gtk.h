@@ -6,7 +6,7 @@
 
 #include "appearance/line_numbers.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // A new "NebroMargin" drawing area beside `editor`, its width requested from MarginWidth(). A
 // click in it gives the keyboard focus back to the editor; the mouse wheel over it scrolls the
@@ -21,4 +21,4 @@ int MarginWidth(GtkWidget* editor);
 // (which lays the window out again), then the margin is repainted.
 void UpdateMargin(GtkWidget* margin);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

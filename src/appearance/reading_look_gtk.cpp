@@ -5,7 +5,7 @@
 #include "common/colour.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 using namespace sci;
 
@@ -34,4 +34,4 @@ void ApplyReadingLook(GtkWidget* editor) {
   MarkEditorFrame(editor, false);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

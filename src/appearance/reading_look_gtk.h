@@ -4,8 +4,8 @@
 
 #include <gtk/gtk.h>
 
-namespace nebro {
+namespace nebro::appearance {
 
 void ApplyReadingLook(GtkWidget* editor);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

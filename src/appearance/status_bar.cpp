@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 // Widths of the parts right of the first, in digit widths: room for "  Sel: 9999999",
@@ -69,4 +69,4 @@ std::array<int, kStatusPartCount> StatusPartEdges(int clientWidth, int unit) {
   return edges;
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

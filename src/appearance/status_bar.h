@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-namespace nebro {
+namespace nebro::appearance {
 
 inline constexpr int kStatusPartCount = 5;
 using StatusTexts = std::array<std::string, kStatusPartCount>;
@@ -41,4 +41,4 @@ StatusTexts MakeStatusTexts(const StatusInput& in);
 // than 16 units; `unit` is the width of a digit in the bar's font (8 when below 1).
 std::array<int, kStatusPartCount> StatusPartEdges(int clientWidth, int unit);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -8,7 +8,7 @@
 #include "gtk/object_ptr_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 using namespace sci;
@@ -132,7 +132,7 @@ GtkWidget* CreateStatusBar(GtkWidget* editor) {
   return widget;
 }
 
-void UpdateStatusBar(GtkWidget* statusBar, TextEncoding encoding) {
+void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding) {
   StatusBarState* state = StateOf(statusBar);
   GtkWidget* e = state ? state->editor : nullptr;
   if (!state || !e) return;
@@ -163,4 +163,4 @@ std::array<int, kStatusPartCount> StatusBarPartEdges(GtkWidget* statusBar) {
   return StatusPartEdges(gtk_widget_get_allocated_width(statusBar), DigitWidth(statusBar));
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -7,7 +7,7 @@
 #include "appearance/status_bar.h"
 #include "document/text_decode.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // A new "NebroStatusBar" drawing area describing `editor`, with empty parts; its height follows
 // the desktop font.
@@ -15,7 +15,7 @@ GtkWidget* CreateStatusBar(GtkWidget* editor);
 
 // Recomputes the five parts from the editor and the document's encoding and repaints when a text
 // changed. Does nothing for a null status bar.
-void UpdateStatusBar(GtkWidget* statusBar, TextEncoding encoding);
+void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding);
 
 // The texts the status bar shows now (all empty for a null status bar).
 StatusTexts StatusBarTexts(GtkWidget* statusBar);
@@ -23,4 +23,4 @@ StatusTexts StatusBarTexts(GtkWidget* statusBar);
 // The parts' right edges as painted at the widget's current width (the last is -1).
 std::array<int, kStatusPartCount> StatusBarPartEdges(GtkWidget* statusBar);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

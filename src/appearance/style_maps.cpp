@@ -1,6 +1,6 @@
 #include "appearance/style_maps.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 using R = ColourRole;
@@ -102,4 +102,4 @@ std::vector<ResolvedStyle> ResolveStyleMap(LanguageId id, const ThemeColors& the
   return out;
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -7,7 +7,7 @@
 #include "appearance/languages.h"
 #include "appearance/themes.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 enum class ColourRole { EditorText, Keyword, Comment, String, Number, Preprocessor, Operator, Muted };
 
@@ -36,4 +36,4 @@ Colour RoleColour(const ThemeColors& theme, ColourRole role);
 std::vector<ResolvedStyle> ResolveStyleMap(LanguageId id, const ThemeColors& theme, bool fontBold,
                                            bool fontItalic);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -6,7 +6,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 using namespace sci;
 
@@ -20,19 +20,19 @@ void ApplyThemeToEditor(GtkWidget* editor) {
   Send(editor, SCI_SETSELBACK, 1, t.selectionBackground);
   Send(editor, SCI_SETSELFORE, 1, t.selectionText);
   ApplyLanguageStyles(editor);
-  Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, gSettings.fontBold);
-  Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, gSettings.fontItalic);
+  Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, settings::gSettings.fontBold);
+  Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, settings::gSettings.fontItalic);
   HideOwnMargins(editor);
   MarkEditorFrame(editor, t.isDark);
 }
 
 void SetTheme(ThemeId id, bool chosenByUser) {
   if (id >= kThemeCount) return;
-  gSettings.theme = id;
+  settings::gSettings.theme = id;
   gThemeChosenByUser = chosenByUser;
   SetDarkTitleBar(id == 0 || id == 4);
   BroadcastThemeChange();
-  SaveSettings(gSettings);
+  settings::SaveSettings(settings::gSettings);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -5,7 +5,7 @@
 
 #include "appearance/current_theme.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // The active theme's colours, the stored font and the language styles on `editor`.
 void ApplyThemeToEditor(GtkWidget* editor);
@@ -14,4 +14,4 @@ void ApplyThemeToEditor(GtkWidget* editor);
 // changes. Numbers above 5 are ignored.
 void SetTheme(ThemeId id, bool chosenByUser);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 // clang-format off
@@ -88,4 +88,4 @@ Colour CodeBackground(const ThemeColors& theme) {
   return Rgb(move(RedOf(bg)), move(GreenOf(bg)), move(BlueOf(bg)));
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -6,7 +6,7 @@
 
 #include "common/colour.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 using ThemeId = uint32_t;
 inline constexpr ThemeId kThemeCount = 6;
@@ -63,4 +63,4 @@ const char* ThemeName(ThemeId id);
 // and by -14 on light ones, clamped to 0..255.
 Colour CodeBackground(const ThemeColors& theme);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -8,14 +8,14 @@
 #include "appearance/theme_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 void SetDarkTitleBar(bool dark) {
   g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", dark ? TRUE : FALSE, nullptr);
 }
 
 void ApplySystemThemePreference() {
-  const ThemeId theme = gSettings.theme;
+  const ThemeId theme = settings::gSettings.theme;
   if (gThemeChosenByUser) {
     SetDarkTitleBar(theme != 1 && theme != 5);
     return;
@@ -37,4 +37,4 @@ void ApplySystemThemePreference() {
   if (static_cast<ThemeId>(light) != theme) SetTheme(light ? 1 : 0, false);
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -1,7 +1,7 @@
 // The light or dark title bar of the program's windows.
 #pragma once
 
-namespace nebro {
+namespace nebro::appearance {
 
 // The decorations of every window of the process follow one preference.
 void SetDarkTitleBar(bool dark);
@@ -10,4 +10,4 @@ void SetDarkTitleBar(bool dark);
 // it differs from the stored theme). Otherwise the title bar follows the stored theme.
 void ApplySystemThemePreference();
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -4,7 +4,7 @@
 
 #include "common/command_ids.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 constexpr Colour kDarkTopLine = Rgb(0x46, 0x46, 0x4B);
@@ -104,4 +104,4 @@ ToolbarButtonLook ToolbarButtonLookFor(const Toolbar& toolbar, int index, const 
   return look;
 }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -10,7 +10,7 @@
 #include "appearance/themes.h"
 #include "common/command_table.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 inline constexpr int kToolbarHeight = 44;
 inline constexpr int kToolbarButtonCount = 6;
@@ -90,4 +90,4 @@ ToolbarButtonLook ToolbarButtonLookFor(const Toolbar& toolbar, int index, const 
 // with a fifth of the accent blue mixed in, so the button stands out without glaring.
 Colour ExportRestingFill(const ThemeColors& theme);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

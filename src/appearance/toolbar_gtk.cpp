@@ -7,7 +7,7 @@
 #include "gtk/drawing_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 
-namespace nebro {
+namespace nebro::appearance {
 namespace {
 
 constexpr const char* kStateKey = "nebro-toolbar";
@@ -201,4 +201,4 @@ void RefreshToolbarState(GtkWidget* widget, bool documentModified) {
 
 const Toolbar* ToolbarState(GtkWidget* toolbar) { return StateOf(toolbar); }
 
-}  // namespace nebro
+}  // namespace nebro::appearance

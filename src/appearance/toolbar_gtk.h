@@ -7,7 +7,7 @@
 
 #include "appearance/toolbar.h"
 
-namespace nebro {
+namespace nebro::appearance {
 
 // Where a pressed button's command goes.
 using ToolbarCommandSink = std::function<void(int commandId)>;
@@ -23,4 +23,4 @@ void RefreshToolbarState(GtkWidget* toolbar, bool documentModified);
 // The buttons' state as the widget holds it (null for a widget that is not a toolbar).
 const Toolbar* ToolbarState(GtkWidget* toolbar);
 
-}  // namespace nebro
+}  // namespace nebro::appearance

@@ -4,7 +4,7 @@
 
 #include "scintilla/scintilla_loader_gtk.h"
 
-namespace nebro {
+namespace nebro::document {
 
 using namespace sci;
 
@@ -61,4 +61,4 @@ void LoadTextIntoEditor(GtkWidget* editor, const char* text, size_t length) {
   Send(editor, SCI_GOTOPOS, 0);
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

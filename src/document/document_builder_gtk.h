@@ -8,7 +8,7 @@
 
 #include "scintilla/scintilla_api.h"
 
-namespace nebro {
+namespace nebro::document {
 
 class DocumentBuilder {
  public:
@@ -34,4 +34,4 @@ class DocumentBuilder {
 // Replaces the editor's document by a fresh one holding `text`.
 void LoadTextIntoEditor(GtkWidget* editor, const char* text, size_t length);
 
-}  // namespace nebro
+}  // namespace nebro::document

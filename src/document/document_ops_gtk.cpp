@@ -17,7 +17,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::document {
 namespace {
 
 using namespace sci;
@@ -50,7 +50,7 @@ bool SaveTo(const DocumentWindow& w, const std::string& path) {
   }
   Send(editor, SCI_SETSAVEPOINT);
   const bool renamed = path != w.doc->path;
-  if (renamed) SetupLexer(editor, path);  // a new name may mean a new language
+  if (renamed) appearance::SetupLexer(editor, path);  // a new name may mean a new language
   DocumentBecame(w, path);
   return true;
 }
@@ -60,11 +60,11 @@ bool SaveTo(const DocumentWindow& w, const std::string& path) {
 void LoadAsDocument(const DocumentWindow& w, const std::string& path, std::function<void(bool)> done) {
   FileLoad({w.owner, w.editor, w.doc}, path, [w, path, done](bool loaded) {
     if (loaded) {
-      SetupLexer(w.editor, path);
+      appearance::SetupLexer(w.editor, path);
       ClearSearchIndicators(w.editor);
       DocumentBecame(w, path);
-      AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(path));
-      SaveSettings(gSettings);
+      AddRecentFile(settings::gSettings.recentFiles, Utf8ToUtf16(path));
+      settings::SaveSettings(settings::gSettings);
     }
     if (done) done(loaded);
   });
@@ -123,7 +123,7 @@ void NewDocument(const DocumentWindow& w) {
   w.doc->encoding = TextEncoding::Utf8;
   // New documents end their lines as every Linux program does; loaded files keep their own.
   Send(editor, SCI_SETEOLMODE, SC_EOL_LF);
-  SetupLexer(editor, "");
+  appearance::SetupLexer(editor, "");
   DocumentBecame(w, "");
   malloc_trim(0);  // a large previous document's memory goes back to the system
   gtk_widget_queue_draw(editor);
@@ -131,7 +131,7 @@ void NewDocument(const DocumentWindow& w) {
 }
 
 void OpenRecentFile(const DocumentWindow& w, int index) {
-  const std::u16string entry(RecentFileEntry(gSettings.recentFiles, index));
+  const std::u16string entry(RecentFileEntry(settings::gSettings.recentFiles, index));
   const std::string path = Utf16ToUtf8(entry);
   switch (RecentOpenFirstStep(entry, !path.empty() && PathExists(path))) {
     case RecentOpenStep::Nothing:
@@ -151,14 +151,14 @@ void OpenRecentFile(const DocumentWindow& w, int index) {
 }
 
 void RemoveRecentFileEntry(int index) {
-  if (RemoveRecentFile(gSettings.recentFiles, index)) SaveSettings(gSettings);
+  if (RemoveRecentFile(settings::gSettings.recentFiles, index)) settings::SaveSettings(settings::gSettings);
 }
 
 void ClearRecentFileList(const DocumentWindow& w) {
   if (ShowMessageBox(w.owner, kMbYesNo, std::string(kTextClearRecent), std::string(kTitleRecentClear)) ==
       kMbResultSaveOrYes) {
-    ClearRecentFiles(gSettings.recentFiles);
-    SaveSettings(gSettings);
+    ClearRecentFiles(settings::gSettings.recentFiles);
+    settings::SaveSettings(settings::gSettings);
   }
 }
 
@@ -217,4 +217,4 @@ void AddDocumentCommands(CommandTable& table, const DocumentWindow& w) {
   AddCommand(table, {kCmdRecentClear, "Clear recent files", {}, "", [w] { ClearRecentFileList(w); }, {}});
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

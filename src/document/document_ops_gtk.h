@@ -10,7 +10,7 @@
 #include "common/command_table.h"
 #include "document/document_state.h"
 
-namespace nebro {
+namespace nebro::document {
 
 struct DocumentWindow {
   GtkWindow* owner = nullptr;  // the parent of questions and dialogs
@@ -53,4 +53,4 @@ void RestartAutoSaveTimer(const DocumentWindow& w, int minutes);
 // The document commands (New, Open, Save, Save As, the recent files) as rows of `table`.
 void AddDocumentCommands(CommandTable& table, const DocumentWindow& w);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -5,7 +5,7 @@
 #include "document/document_texts.h"
 #include "document/file_load.h"
 
-namespace nebro {
+namespace nebro::document {
 
 namespace {
 
@@ -79,4 +79,4 @@ DocumentQuestion FileChangedQuestion(std::string_view path, DiskStatus status) {
   return q;
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

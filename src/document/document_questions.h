@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::document {
 
 // Where the document's file stands: present (or the document is untitled), deleted, or moved
 // or renamed (the file is gone but its folder is still there).
@@ -53,4 +53,4 @@ DocumentQuestion SaveChangesQuestion(std::string_view path, bool modified, DiskS
 // kAnswerCancel does nothing, and the question comes again at the next activation.
 DocumentQuestion FileChangedQuestion(std::string_view path, DiskStatus status);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -2,10 +2,10 @@
 
 #include "document/document_questions.h"
 
-namespace nebro {
+namespace nebro::document {
 
 std::string DocumentTitle(const DocumentState& doc) {
   return "Nebro - " + DocumentDisplayName(doc.path) + (doc.modified ? " *" : "");
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

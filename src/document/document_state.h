@@ -5,7 +5,7 @@
 
 #include "document/text_decode.h"
 
-namespace nebro {
+namespace nebro::document {
 
 struct DocumentState {
   std::string path;  // empty for an untitled document
@@ -18,4 +18,4 @@ struct DocumentState {
 // "Nebro - " + the display name (or "Untitled") + " *" while modified.
 std::string DocumentTitle(const DocumentState& doc);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -5,7 +5,7 @@
 
 #include <string_view>
 
-namespace nebro {
+namespace nebro::document {
 
 #define NEBRO_MANGLED_DASH "\xC3\xA2\xE2\x82\xAC\xE2\x80\x9D"
 
@@ -61,4 +61,4 @@ inline constexpr FileFilter kSaveAsFilters[] = {
     {"All Files (*.*)", "*.*"},
 };
 
-}  // namespace nebro
+}  // namespace nebro::document

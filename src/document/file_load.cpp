@@ -15,7 +15,7 @@
 #include "document/document_texts.h"
 #include "document/file_stream.h"
 
-namespace nebro {
+namespace nebro::document {
 
 namespace {
 
@@ -150,4 +150,4 @@ std::string OpenErrorText(int code, std::string_view path) {
   return LimitUtf16Units(std::move(text), 511);
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -21,7 +21,7 @@
 #include "document/file_lock.h"
 #include "document/text_decode.h"
 
-namespace nebro {
+namespace nebro::document {
 
 // The error code that stands for "another program holds the file's lock" (no errno clashes).
 inline constexpr int kOpenErrorLocked = -32;
@@ -92,4 +92,4 @@ std::string LimitUtf16Units(std::string text, size_t maxUnits);
 // `bytes` as valid UTF-8 for display: each byte that is not well-formed UTF-8 becomes U+FFFD.
 std::string DisplayableUtf8(std::string_view bytes);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -14,7 +14,7 @@
 #include "gtk/trace_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
-namespace nebro {
+namespace nebro::document {
 namespace {
 
 using namespace sci;
@@ -92,7 +92,7 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
 
 }  // namespace
 
-void CloseDocumentLock(DocumentState& doc) { nebro::CloseDocumentLock(doc.lockFd); }
+void CloseDocumentLock(DocumentState& doc) { nebro::document::CloseDocumentLock(doc.lockFd); }
 
 void ClearSearchIndicators(GtkWidget* editor) {
   const sptr_t length = Send(editor, SCI_GETLENGTH);
@@ -132,4 +132,4 @@ void FileLoad(const LoadTarget& target, const std::string& path, std::function<v
   Complete(*load);
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -10,7 +10,7 @@
 
 #include "document/document_state.h"
 
-namespace nebro {
+namespace nebro::document {
 
 // The window a load reports to, the editor it fills and the document it describes.
 struct LoadTarget {
@@ -37,4 +37,4 @@ void CloseDocumentLock(DocumentState& doc);
 // Clears the search highlights (indicators 8, 9 and 10) over the whole text.
 void ClearSearchIndicators(GtkWidget* editor);
 
-}  // namespace nebro
+}  // namespace nebro::document

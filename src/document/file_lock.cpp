@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-namespace nebro {
+namespace nebro::document {
 
 UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept {
   if (this != &other) {
@@ -48,4 +48,4 @@ void CloseDocumentLock(int& lockFd) {
   lockFd = -1;
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -3,7 +3,7 @@
 // program that asks for the same lock) is told the file is in use while it is shown.
 #pragma once
 
-namespace nebro {
+namespace nebro::document {
 
 // Owns one file descriptor; closes it when dropped. Moves, never copies.
 class UniqueFd {
@@ -40,4 +40,4 @@ LockOutcome LockWholeFile(int fd);
 // Closes the document's lock descriptor, if open, and sets it to -1. Closing releases the lock.
 void CloseDocumentLock(int& lockFd);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -9,7 +9,7 @@
 #include "common/safe_write.h"
 #include "document/file_lock.h"
 
-namespace nebro {
+namespace nebro::document {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::string_view SaveErrorName(SaveError error) {
   return "the file could not be written";
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -9,7 +9,7 @@
 
 #include "document/text_decode.h"
 
-namespace nebro {
+namespace nebro::document {
 
 enum class SaveError {
   None,
@@ -49,4 +49,4 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
 // A short English description of `error` for the log.
 std::string_view SaveErrorName(SaveError error);
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -13,7 +13,7 @@
 
 #include "document/document_texts.h"
 
-namespace nebro {
+namespace nebro::document {
 namespace {
 
 constexpr size_t kChunk = 1u << 20;
@@ -190,4 +190,4 @@ LoadResult StreamDocumentFile(OpenedDocument opened, uint64_t maxBytes, const Te
   return r;
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

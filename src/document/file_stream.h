@@ -8,7 +8,7 @@
 
 #include "document/file_load.h"
 
-namespace nebro {
+namespace nebro::document {
 
 struct TextSink {
   // Called once, before any text, with the exact number of UTF-8 bytes that will follow.
@@ -22,4 +22,4 @@ struct TextSink {
 // away by the caller. LoadResult::text stays empty. Safe on any thread.
 LoadResult StreamDocumentFile(OpenedDocument opened, uint64_t maxBytes, const TextSink& sink);
 
-}  // namespace nebro
+}  // namespace nebro::document

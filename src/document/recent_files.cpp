@@ -8,7 +8,7 @@
 #include "common/utf.h"
 #include "document/document_questions.h"
 
-namespace nebro {
+namespace nebro::document {
 
 namespace {
 
@@ -98,4 +98,4 @@ bool PathExists(const std::string& path) {
   return !path.empty() && stat(path.c_str(), &st) == 0;
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::document {
 
 inline constexpr int kRecentFileCount = 10;
 inline constexpr int kRecentFileUnits = 260;
@@ -48,4 +48,4 @@ std::string RecentMissingQuestion(std::u16string_view entry);
 // Whether the file system can tell anything about `path` (a file or a folder there).
 bool PathExists(const std::string& path);
 
-}  // namespace nebro
+}  // namespace nebro::document

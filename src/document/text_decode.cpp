@@ -5,7 +5,7 @@
 #include <cstring>
 #include <new>
 
-namespace nebro {
+namespace nebro::document {
 
 namespace {
 
@@ -194,4 +194,4 @@ std::optional<LineEndingMode> DetectLineEndingMode(std::string_view text) {
   return std::nullopt;
 }
 
-}  // namespace nebro
+}  // namespace nebro::document

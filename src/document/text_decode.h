@@ -8,7 +8,7 @@
 #include <optional>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::document {
 
 // The encoding recorded for the open document. Saving always writes UTF-8 and only looks at
 // whether the file had a UTF-8 byte-order mark.
@@ -76,4 +76,4 @@ size_t Utf16BytesToUtf8(const unsigned char* data, size_t size, bool bigEndian, 
 // else CR; only LF gives LF; neither gives nothing (the editor keeps its mode).
 std::optional<LineEndingMode> DetectLineEndingMode(std::string_view text);
 
-}  // namespace nebro
+}  // namespace nebro::document

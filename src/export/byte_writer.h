@@ -12,7 +12,7 @@
 #include "common/safe_write.h"
 #include "export/file_sink.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 class ByteWriter {
  public:
@@ -112,4 +112,4 @@ ExportResult StreamToFile(const std::string& path, Generate&& generate) {
   return ExportResultOf(file.Commit());
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

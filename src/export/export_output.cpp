@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-namespace nebro {
+namespace nebro::exports {
 
 ExportBytes::ExportBytes(ExportBytes&& other) noexcept
     : data_(std::exchange(other.data_, nullptr)),
@@ -76,4 +76,4 @@ ExportResult WriteExportFile(const std::string& path, std::string_view bytes) {
   return ExportResultOf(SafeWriteFile(path, bytes, ExportWriteOptions()));
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

@@ -11,7 +11,7 @@
 
 #include "common/safe_write.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 enum class ExportResult {
   Ok,
@@ -81,4 +81,4 @@ SafeWriteOptions ExportWriteOptions();
 // a read-only file, no file could be made) is CannotCreate, anything later WriteFailed.
 ExportResult ExportResultOf(const SafeWriteResult& written);
 
-}  // namespace nebro
+}  // namespace nebro::exports

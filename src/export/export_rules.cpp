@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace nebro {
+namespace nebro::exports {
 namespace {
 
 constexpr const char* kPdfPatterns[] = {"*.pdf"};
@@ -155,4 +155,4 @@ std::string HtmlDoneQuestion(uint64_t milliseconds) {
          "\n\nOpen in browser?";
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

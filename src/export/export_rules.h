@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::exports {
 
 // Ids of the export formats, in the order of the table and of the Export dialog's list.
 enum ExportFormatId : int32_t {
@@ -101,4 +101,4 @@ inline constexpr std::string_view kRtfStatusFinalizing = "Finalizing RTF...";
 // "HTML exported successfully.\n\nExport time:  <elapsed>\n\nOpen in browser?"
 std::string HtmlDoneQuestion(uint64_t milliseconds);
 
-}  // namespace nebro
+}  // namespace nebro::exports

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace nebro {
+namespace nebro::exports {
 
 FileSink::FileSink(SafeFileWriter& file, size_t bufferSize) : file_(file) {
   failed_ = !pending_.Reserve(bufferSize);
@@ -53,4 +53,4 @@ void FileSink::Run() {
   }
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

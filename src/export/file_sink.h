@@ -9,7 +9,7 @@
 #include "common/safe_write.h"
 #include "export/export_output.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 class FileSink {
  public:
@@ -41,4 +41,4 @@ class FileSink {
   std::thread thread_;  // last: starts once the fields above are ready
 };
 
-}  // namespace nebro
+}  // namespace nebro::exports

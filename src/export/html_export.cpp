@@ -8,7 +8,7 @@
 #include "export/byte_writer.h"
 #include "export/export_rules.h"
 
-namespace nebro {
+namespace nebro::exports {
 namespace {
 
 // How each text byte comes out in a code line: most bytes as themselves, five characters as
@@ -254,4 +254,4 @@ ExportResult ExportHtmlToFile(const HtmlExportInput& in, const std::string& path
   });
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

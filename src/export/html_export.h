@@ -9,7 +9,7 @@
 #include "export/export_output.h"
 #include "export/styled_text.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 struct HtmlExportInput {
   StyledText document;
@@ -35,4 +35,4 @@ ExportResult BuildHtmlPage(const HtmlExportInput& input, ExportBytes& out,
 ExportResult ExportHtmlToFile(const HtmlExportInput& input, const std::string& path,
                               const ExportMonitor& monitor = {});
 
-}  // namespace nebro
+}  // namespace nebro::exports

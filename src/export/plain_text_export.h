@@ -7,7 +7,7 @@
 
 #include "export/export_output.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 // Writes `text` as the whole file at `path` (WriteExportFile). The caller reports
 // "Cannot create file." only for CannotCreate: the export counts as done whatever happens to
@@ -17,4 +17,4 @@ ExportResult WritePlainTextExport(std::string_view text, const std::string& path
 inline constexpr std::string_view kPlainTextCannotCreate = "Cannot create file.";
 inline constexpr std::string_view kPlainTextDone = "File exported successfully as plain text.";
 
-}  // namespace nebro
+}  // namespace nebro::exports

@@ -11,7 +11,7 @@
 #include "export/byte_writer.h"
 #include "export/export_rules.h"
 
-namespace nebro {
+namespace nebro::exports {
 namespace {
 
 enum ByteClass : uint8_t { kCopy, kBackslash, kBrace, kCr, kLf, kTab, kHigh };
@@ -261,4 +261,4 @@ std::string RtfDoneTimedText(uint64_t milliseconds, std::string_view path) {
   return "RTF exported successfully.\n\n" + std::string(time) + "\n\n" + std::string(path);
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

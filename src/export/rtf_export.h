@@ -11,7 +11,7 @@
 #include "export/export_output.h"
 #include "export/styled_text.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 struct RtfExportInput {
   StyledText document;
@@ -57,4 +57,4 @@ std::string RtfDoneText(std::string_view path);
 // "RTF exported successfully.\n\nExport time: S.mmm sec\n\n<path>" (written by the worker).
 std::string RtfDoneTimedText(uint64_t milliseconds, std::string_view path);
 
-}  // namespace nebro
+}  // namespace nebro::exports

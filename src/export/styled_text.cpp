@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace nebro {
+namespace nebro::exports {
 
 void SplitStyledText(std::string_view interleaved, std::string& text, std::string& styles) {
   const size_t n = interleaved.size() / 2;
@@ -56,4 +56,4 @@ int64_t CountEditorLines(std::string_view text) {
   return lines;
 }
 
-}  // namespace nebro
+}  // namespace nebro::exports

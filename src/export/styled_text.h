@@ -9,7 +9,7 @@
 
 #include "common/colour.h"
 
-namespace nebro {
+namespace nebro::exports {
 
 inline constexpr int kExportStyleCount = 128;
 
@@ -42,4 +42,4 @@ int64_t CountLineFeeds(std::string_view text);
 // than the number of line ends, where CR LF, a lone CR and a lone LF each end one line.
 int64_t CountEditorLines(std::string_view text);
 
-}  // namespace nebro
+}  // namespace nebro::exports

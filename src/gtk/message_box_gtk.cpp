@@ -17,9 +17,9 @@ int brushTheme = -1;
 std::string brushCss;
 
 const std::string& BrushCss() {
-  const int theme = static_cast<int>(CurrentThemeId());
+  const int theme = static_cast<int>(appearance::CurrentThemeId());
   if (theme != brushTheme) {
-    const ThemeColors& t = GetThemeColors();
+    const appearance::ThemeColors& t = appearance::GetThemeColors();
     brushCss = "* { background-color: " + ColourText(t.dialogBackground) + "; color: " +
                ColourText(t.dialogText) + "; }";
     brushTheme = theme;
@@ -59,7 +59,7 @@ void Finish(BoxState* state, int result) {
 gboolean OnButtonDraw(GtkWidget* button, cairo_t* cr, gpointer data) {
   const auto* state = static_cast<BoxState*>(data);
   const int id = GPOINTER_TO_INT(g_object_get_data(G_OBJECT(button), "nebro-id"));
-  const ThemeColors& t = GetThemeColors();
+  const appearance::ThemeColors& t = appearance::GetThemeColors();
   const GtkStateFlags flags = gtk_widget_get_state_flags(button);
   const bool pressed = flags & GTK_STATE_FLAG_ACTIVE;
   const bool focused = gtk_widget_has_focus(button);
@@ -110,7 +110,7 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   } else {
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER);
   }
-  SetDarkTitleBar(GetThemeColors().isDark);
+  appearance::SetDarkTitleBar(appearance::GetThemeColors().isDark);
   SetWidgetCss(window, BrushCss());
 
   const MessageBoxLayout layout = ComputeMessageBoxLayout(kind, text, MessageBoxWidthFor(text));

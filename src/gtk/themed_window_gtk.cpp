@@ -12,7 +12,7 @@ constexpr const char* kThemedClass = "nebro-themed";
 
 // The theme's dialog colours for every themed window and its children.
 void LoadShellCss(GtkCssProvider* provider) {
-  const ThemeColors& t = GetThemeColors();
+  const appearance::ThemeColors& t = appearance::GetThemeColors();
   const std::string bg = ColourText(t.dialogBackground), fg = ColourText(t.dialogText);
   const std::string css = std::string(".") + kThemedClass + " { background-color: " + bg + "; color: " + fg + "; }\n." +
                           kThemedClass + " label { color: " + fg + "; }\n";

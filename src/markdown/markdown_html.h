@@ -13,7 +13,7 @@
 
 #include "appearance/themes.h"
 
-namespace nebro {
+namespace nebro::markdown {
 
 // What the page takes from outside the text: the document path (its file name is the page
 // title, "Untitled" when empty), the editor font and the theme (any number above 5 is theme 0).
@@ -21,7 +21,7 @@ struct MarkdownPageOptions {
   std::string documentPath;
   std::string fontName;  // UTF-8
   int fontSize = 0;      // points
-  ThemeId theme = 0;
+  appearance::ThemeId theme = 0;
 };
 
 // The page font: "Segoe UI" at 10 for an empty name or any of the usual monospace faces (compared
@@ -72,4 +72,4 @@ std::string RenderInlineMarkdown(std::string_view utf8);
 std::string EscapeHtmlUtf8(std::u16string_view text);
 std::string EscapeHtmlUtf8(std::string_view utf8);
 
-}  // namespace nebro
+}  // namespace nebro::markdown

@@ -19,8 +19,8 @@
 #include "common/utf.h"
 #include "markdown/markdown_html.h"
 
-namespace nebro {
-namespace markdown_detail {
+namespace nebro::markdown {
+namespace detail {
 namespace {
 
 enum Kind : uint8_t {
@@ -289,7 +289,7 @@ void AppendEscaped(HtmlBuffer& out, const unsigned char* s, size_t n) {
   }
 }
 
-}  // namespace markdown_detail
+}  // namespace detail
 
 namespace {
 
@@ -301,26 +301,26 @@ const unsigned char* Bytes(std::string_view s) {
 
 std::string RenderInlineMarkdown(std::string_view utf8) {
   std::string html;
-  markdown_detail::HtmlBuffer out(html);
-  markdown_detail::AppendInline(out, Bytes(utf8), utf8.size());
+  detail::HtmlBuffer out(html);
+  detail::AppendInline(out, Bytes(utf8), utf8.size());
   out.Finish();
   return html;
 }
 
 std::string RenderInlineMarkdown(std::u16string_view text) {
-  return RenderInlineMarkdown(std::string_view(markdown_detail::UnitsToUtf8(text)));
+  return RenderInlineMarkdown(std::string_view(detail::UnitsToUtf8(text)));
 }
 
 std::string EscapeHtmlUtf8(std::string_view utf8) {
   std::string html;
-  markdown_detail::HtmlBuffer out(html);
-  markdown_detail::AppendEscaped(out, Bytes(utf8), utf8.size());
+  detail::HtmlBuffer out(html);
+  detail::AppendEscaped(out, Bytes(utf8), utf8.size());
   out.Finish();
   return html;
 }
 
 std::string EscapeHtmlUtf8(std::u16string_view text) {
-  return EscapeHtmlUtf8(std::string_view(markdown_detail::UnitsToUtf8(text)));
+  return EscapeHtmlUtf8(std::string_view(detail::UnitsToUtf8(text)));
 }
 
-}  // namespace nebro
+}  // namespace nebro::markdown

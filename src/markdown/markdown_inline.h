@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro::markdown_detail {
+namespace nebro::markdown::detail {
 
 // Appends to a std::string through a raw pointer. A loop asks once for the most space its chunk
 // can need, writes without further capacity tests and commits its end; Finish() cuts the string
@@ -47,4 +47,4 @@ void AppendInline(HtmlBuffer& out, const unsigned char* s, size_t n);
 // Escaping of literal text, with the same replacements.
 void AppendEscaped(HtmlBuffer& out, const unsigned char* s, size_t n);
 
-}  // namespace nebro::markdown_detail
+}  // namespace nebro::markdown::detail

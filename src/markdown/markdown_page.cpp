@@ -10,10 +10,10 @@
 #include "markdown/markdown_html.h"
 #include "markdown/markdown_inline.h"
 
-namespace nebro {
+namespace nebro::markdown {
 namespace {
 
-using markdown_detail::HtmlBuffer;
+using detail::HtmlBuffer;
 
 // Editor faces that make a poor reading font; a page edited in one of them is set in Segoe UI.
 constexpr std::string_view kMonospaceFaces[] = {
@@ -37,7 +37,7 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b) {
 std::string CleanUtf8(std::string_view s) { return Utf16ToUtf8(Utf8ToUtf16(s)); }
 
 std::string BuildHead(const MarkdownPageOptions& options) {
-  const ThemeColors& theme = ThemeColorsFor(options.theme);
+  const appearance::ThemeColors& theme = appearance::ThemeColorsFor(options.theme);
   const std::string background = ColourText(theme.editorBackground);
   const std::string heading = ColourText(theme.dialogText);
   const std::string text = ColourText(theme.editorText);
@@ -147,7 +147,7 @@ void CloseLists(HtmlBuffer& out, ListState& lists) {
 void AppendBlock(HtmlBuffer& out, std::string_view open, const unsigned char* s, size_t n,
                  std::string_view close) {
   out.Append(open);
-  markdown_detail::AppendInline(out, s, n);
+  detail::AppendInline(out, s, n);
   out.Append(close);
 }
 
@@ -305,7 +305,7 @@ bool RenderMarkdownPage(std::string_view markdownUtf8, const MarkdownPageOptions
 
 bool RenderMarkdownPage(std::u16string_view markdownText, const MarkdownPageOptions& options,
                         std::string& out, const MarkdownProgress& progress) {
-  return RenderMarkdownPage(std::string_view(markdown_detail::UnitsToUtf8(markdownText)), options,
+  return RenderMarkdownPage(std::string_view(detail::UnitsToUtf8(markdownText)), options,
                             out, progress);
 }
 
@@ -325,4 +325,4 @@ bool RenderMarkdownToHtmlFile(const std::string& outputPath, std::u16string_view
   return WriteFile(outputPath, html);
 }
 
-}  // namespace nebro
+}  // namespace nebro::markdown

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace nebro {
+namespace nebro::print {
 
 namespace {
 
@@ -90,4 +90,4 @@ PageFrame PreviewPageFrame(int dpiX, int dpiY, const PageMargins& margins, int f
   return ComputePageFrame(PreviewDevicePage(dpiX, dpiY), margins, fontSize);
 }
 
-}  // namespace nebro
+}  // namespace nebro::print

@@ -4,7 +4,7 @@
 // same way in both.
 #pragma once
 
-namespace nebro {
+namespace nebro::print {
 
 // a × b / c in 64 bits, rounded half away from zero; -1 when c is 0 or the result does not fit
 // in an int (the Windows MulDiv the page arithmetic was first written with).
@@ -85,4 +85,4 @@ PageFrame ComputePageFrame(const DevicePage& page, const PageMargins& margins, i
 // The preview's frame: the preview page with the same margins and footer band.
 PageFrame PreviewPageFrame(int dpiX, int dpiY, const PageMargins& margins, int fontSize);
 
-}  // namespace nebro
+}  // namespace nebro::print

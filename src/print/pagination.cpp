@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nebro {
+namespace nebro::print {
 
 std::vector<LineSpan> SplitPrintLines(std::string_view text, size_t lineCountHint) {
   std::vector<LineSpan> lines;
@@ -128,4 +128,4 @@ void RunPaginationWorker(PaginationJob& job, const PaginationWorkerHooks& hooks)
   postEnd(1, outcome);
 }
 
-}  // namespace nebro
+}  // namespace nebro::print

@@ -16,7 +16,7 @@
 
 #include "print/page_frame.h"
 
-namespace nebro {
+namespace nebro::print {
 
 // A line of the document: its bytes without the line break.
 struct LineSpan {
@@ -141,4 +141,4 @@ struct PaginationWorkerHooks {
 // the split still ends with postEnd(0, 0), so the progress dialog closes.
 void RunPaginationWorker(PaginationJob& job, const PaginationWorkerHooks& hooks);
 
-}  // namespace nebro
+}  // namespace nebro::print

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
-namespace nebro {
+namespace nebro::print {
 
 std::string PaginationProgressText(int pages, int64_t lines) {
   char buf[96];
@@ -65,4 +65,4 @@ PreviewPagePlacement FitPreviewPage(int pageWidth, int pageHeight, int areaWidth
   return p;
 }
 
-}  // namespace nebro
+}  // namespace nebro::print

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nebro {
+namespace nebro::print {
 
 inline constexpr const char* kPrintPreviewTitle = "Nebro - Print Preview";
 inline constexpr const char* kPrintTitle = "Nebro - Print";
@@ -86,4 +86,4 @@ struct PreviewPagePlacement {
 PreviewPagePlacement FitPreviewPage(int pageWidth, int pageHeight, int areaWidth, int areaHeight,
                                     int gap);
 
-}  // namespace nebro
+}  // namespace nebro::print

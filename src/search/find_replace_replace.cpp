@@ -5,7 +5,7 @@
 #include "common/utf.h"
 #include "search/find_replace_text.h"
 
-namespace nebro {
+namespace nebro::search {
 
 using namespace find_replace_internal;
 
@@ -196,4 +196,4 @@ ReplaceOneDecision DecideReplaceOne(std::string_view selection, std::string_view
   return decision;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

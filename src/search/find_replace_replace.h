@@ -16,7 +16,7 @@
 
 #include "search/find_replace_search.h"
 
-namespace nebro {
+namespace nebro::search {
 
 struct ReplaceAllOptions {
   bool matchCase = false;
@@ -59,4 +59,4 @@ ReplaceOneDecision DecideReplaceOne(std::string_view selection, std::string_view
                                     std::string_view replaceText, bool matchCase,
                                     bool preserveCase);
 
-}  // namespace nebro
+}  // namespace nebro::search

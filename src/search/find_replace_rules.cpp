@@ -5,7 +5,7 @@
 
 #include "common/utf.h"
 
-namespace nebro {
+namespace nebro::search {
 
 const char* FindDialogControlText(int id) {
   switch (id) {
@@ -103,4 +103,4 @@ int CentredOrigin(int parentOrigin, int parentSize, int dialogSize) {
   return parentOrigin + (parentSize - dialogSize) / 2;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

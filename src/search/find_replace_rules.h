@@ -13,7 +13,7 @@
 #include "common/colour.h"
 #include "search/find_replace_search.h"
 
-namespace nebro {
+namespace nebro::search {
 
 inline constexpr const char* kFindDialogTitle = "Nebro - Find & Replace";
 
@@ -115,4 +115,4 @@ inline constexpr FindIndicatorStyle kCurrentMatchIndicator{10, Rgb(0x00, 0x78, 0
 // The dialog's position over its parent on one axis: parent + (parent size - dialog size) / 2.
 int CentredOrigin(int parentOrigin, int parentSize, int dialogSize);
 
-}  // namespace nebro
+}  // namespace nebro::search

@@ -7,7 +7,7 @@
 #include "search/find_replace_rules.h"
 #include "search/find_replace_text.h"
 
-namespace nebro {
+namespace nebro::search {
 
 using namespace find_replace_internal;
 
@@ -173,4 +173,4 @@ FindNextOutcome ChooseFindNextMatch(const std::vector<FindMatch>& matches, bool 
   return out;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

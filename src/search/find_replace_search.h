@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nebro {
+namespace nebro::search {
 
 // A byte range [start, end) in the document.
 struct FindMatch {
@@ -82,4 +82,4 @@ struct FindNextOutcome {
 FindNextOutcome ChooseFindNextMatch(const std::vector<FindMatch>& matches, bool forward,
                                     int64_t caret, int64_t selectionStart, bool wrapAround);
 
-}  // namespace nebro
+}  // namespace nebro::search

@@ -5,7 +5,7 @@
 
 #include "common/utf.h"
 
-namespace nebro::find_replace_internal {
+namespace nebro::search::find_replace_internal {
 
 namespace {
 
@@ -165,4 +165,4 @@ std::string FoldUtf8(std::string_view text) {
   return out;
 }
 
-}  // namespace nebro::find_replace_internal
+}  // namespace nebro::search::find_replace_internal

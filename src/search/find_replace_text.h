@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro::find_replace_internal {
+namespace nebro::search::find_replace_internal {
 
 // Width in bytes of the character starting at `pos`, as the editor steps: a well-formed sequence
 // is taken whole, any other byte alone. The non-characters U+xFFFE/U+xFFFF are stepped whole but
@@ -46,4 +46,4 @@ std::u16string UpperUtf16(std::u16string_view text);
 // through `LowerChar`, any other byte kept.
 std::string FoldUtf8(std::string_view text);
 
-}  // namespace nebro::find_replace_internal
+}  // namespace nebro::search::find_replace_internal

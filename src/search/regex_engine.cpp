@@ -13,7 +13,7 @@
 #include <emmintrin.h>
 #endif
 
-namespace nebro {
+namespace nebro::search {
 
 namespace {
 
@@ -608,4 +608,4 @@ std::optional<RegexCaptures> MatchWhole(Regex& regex, std::u16string_view text) 
   return captures;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

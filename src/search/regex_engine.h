@@ -18,7 +18,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nebro {
+namespace nebro::search {
 
 // One found match.
 struct RegexMatch {
@@ -133,4 +133,4 @@ RegexStatus ForEachMatch(std::u16string_view text, Regex& regex,
 // Replace: whether the whole of `text` matches the expression, and the captures when it does.
 std::optional<RegexCaptures> MatchWhole(Regex& regex, std::u16string_view text);
 
-}  // namespace nebro
+}  // namespace nebro::search

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace nebro {
+namespace nebro::search {
 
 namespace {
 
@@ -93,4 +93,4 @@ uint64_t Utf16IndexToUtf8Offset(std::string_view utf8, RegexOffsetCache& cache, 
   return i;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nebro {
+namespace nebro::search {
 
 // UTF-16 index of the character that starts at UTF-8 byte `offset` (the caret of Find / Next).
 // An offset inside a character counts that character as passed; past the end gives the length.
@@ -30,4 +30,4 @@ struct RegexOffsetCache {
 // in bytes for an index at or past the end.
 uint64_t Utf16IndexToUtf8Offset(std::string_view utf8, RegexOffsetCache& cache, uint64_t index);
 
-}  // namespace nebro
+}  // namespace nebro::search

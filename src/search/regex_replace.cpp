@@ -5,7 +5,7 @@
 #include <locale.h>
 #include <wctype.h>
 
-namespace nebro {
+namespace nebro::search {
 
 namespace {
 
@@ -154,4 +154,4 @@ RegexReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_vi
   return result;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

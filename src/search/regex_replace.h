@@ -7,7 +7,7 @@
 
 #include "search/regex_engine.h"
 
-namespace nebro {
+namespace nebro::search {
 
 // The replacement for one match. "$&" and "$0" insert the whole match; "$1".."$9" the text of
 // that group when the expression has it and it took part in the match, else nothing (the two
@@ -37,4 +37,4 @@ RegexReplaceAllResult ReplaceAllText(std::u16string_view text, std::u16string_vi
                                      std::u16string_view replacement, bool matchCase,
                                      bool wholeWord, bool preserveCase);
 
-}  // namespace nebro
+}  // namespace nebro::search

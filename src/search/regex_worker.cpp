@@ -5,7 +5,7 @@
 
 #include "common/utf.h"
 
-namespace nebro {
+namespace nebro::search {
 
 namespace {
 
@@ -181,4 +181,4 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
   return complete ? RegexCompletion::Complete : RegexCompletion::Stopped;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

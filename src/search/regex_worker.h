@@ -17,7 +17,7 @@
 #include "search/regex_offsets.h"
 #include "search/results_file.h"
 
-namespace nebro {
+namespace nebro::search {
 
 // One started search.
 struct RegexSearchRequest {
@@ -103,4 +103,4 @@ std::u16string ProgressStatusText(uint64_t total, uint64_t cursor, uint64_t docu
 RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& state,
                                const RegexWorkerHooks& hooks);
 
-}  // namespace nebro
+}  // namespace nebro::search

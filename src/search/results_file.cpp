@@ -10,7 +10,7 @@
 
 #include "common/utf.h"
 
-namespace nebro {
+namespace nebro::search {
 
 namespace {
 
@@ -203,4 +203,4 @@ int CleanupOldResults(const std::string& folder, std::chrono::system_clock::time
   return deleted;
 }
 
-}  // namespace nebro
+}  // namespace nebro::search

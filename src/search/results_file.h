@@ -19,7 +19,7 @@
 
 #include "search/regex_engine.h"
 
-namespace nebro {
+namespace nebro::search {
 
 // A local wall-clock time: the clock behind file names and time stamps.
 struct ResultsTime {
@@ -96,4 +96,4 @@ std::string ReplaceAllLogEntry(const ResultsTime& time, uint64_t count, std::u16
 // and files that cannot be deleted are not errors. Returns the number of files deleted.
 int CleanupOldResults(const std::string& folder, std::chrono::system_clock::time_point now);
 
-}  // namespace nebro
+}  // namespace nebro::search

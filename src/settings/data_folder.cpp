@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 
-namespace nebro {
+namespace nebro::settings {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::string MakeTempPath(const std::string& folder, std::string_view extension) 
 
 std::string MakeTempPdfPath() { return MakeTempPath(GetSettingsFolder(), ".pdf"); }
 
-}  // namespace nebro
+}  // namespace nebro::settings

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::settings {
 
 // The per-user folder: the configuration root followed by "/Nebro", created on every call.
 // Empty when there is no configuration root.
@@ -20,4 +20,4 @@ void SetConfigRoot(const std::string& root);
 std::string MakeTempPdfPath();
 std::string MakeTempPath(const std::string& folder, std::string_view extension);
 
-}  // namespace nebro
+}  // namespace nebro::settings

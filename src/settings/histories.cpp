@@ -5,7 +5,7 @@
 
 #include "settings/settings.h"
 
-namespace nebro {
+namespace nebro::settings {
 
 void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
   if (text.empty()) return;
@@ -22,4 +22,4 @@ void PushRecent(char16_t (&list)[10][256], std::u16string_view text) {
   SetFieldText(list[0], copy);
 }
 
-}  // namespace nebro
+}  // namespace nebro::settings

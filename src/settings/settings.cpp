@@ -9,7 +9,7 @@
 #include "common/safe_write.h"
 #include "settings/data_folder.h"
 
-namespace nebro {
+namespace nebro::settings {
 
 static_assert(std::endian::native == std::endian::little, "the settings file is little-endian");
 
@@ -208,4 +208,4 @@ void SetFieldText(char16_t* field, size_t capacity, std::u16string_view text) {
   std::fill(field + n, field + capacity, u'\0');
 }
 
-}  // namespace nebro
+}  // namespace nebro::settings

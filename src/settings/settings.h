@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace nebro {
+namespace nebro::settings {
 
 inline constexpr int32_t kDefaultPosition = INT32_MIN;  // 0x80000000: let the window system place
 inline constexpr size_t kSettingsRecordSize = 36687;
@@ -101,4 +101,4 @@ std::u16string FieldText(const char16_t (&field)[N]) { return FieldText(field, N
 template <size_t N>
 void SetFieldText(char16_t (&field)[N], std::u16string_view text) { SetFieldText(field, N, text); }
 
-}  // namespace nebro
+}  // namespace nebro::settings

@@ -11,7 +11,7 @@
 
 #include "settings/data_folder.h"
 
-namespace nebro {
+namespace nebro::settings {
 
 uint64_t NowTicks() {
   timespec ts;
@@ -43,4 +43,4 @@ void CleanupTempFilesIn(const std::string& folder, uint64_t nowTicks) {
 
 void CleanupTempFiles() { CleanupTempFilesIn(GetSettingsFolder(), NowTicks()); }
 
-}  // namespace nebro
+}  // namespace nebro::settings

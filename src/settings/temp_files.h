@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-namespace nebro {
+namespace nebro::settings {
 
 // Deletes temp_* files ending in .html, .pdf or .txt (any case) older than 24 hours.
 void CleanupTempFiles();
@@ -12,4 +12,4 @@ void CleanupTempFiles();
 void CleanupTempFilesIn(const std::string& folder, uint64_t nowTicks);
 uint64_t NowTicks();
 
-}  // namespace nebro
+}  // namespace nebro::settings

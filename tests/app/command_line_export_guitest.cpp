@@ -83,20 +83,20 @@ TEST(CommandLineExport, ColouredPagesFromEveryLanguage) {
 
 TEST(CommandLineExport, MarkdownUsesTheRenderer) {
   Dir d;
-  nebro::AppSettings s;
-  nebro::SetDefaultSettings(s);
+  nebro::settings::AppSettings s;
+  nebro::settings::SetDefaultSettings(s);
   s.theme = 5;
   fs::create_directories(d.path + "/cfg/Nebro");
-  ASSERT_TRUE(nebro::SaveSettingsTo(d.path + "/cfg/Nebro/nebro.cfg", s));
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(d.path + "/cfg/Nebro/nebro.cfg", s));
   const std::string text = "# Title\n\nSome *text* and `code`.\n\n- item\n";
   const std::string md = d.Write("n.md", text);
   ASSERT_EQ(Export(d, "html", md, d.path + "/n.html"), 0);
   std::string expected;
-  ASSERT_TRUE(nebro::RenderMarkdownPage(text, {md, "Consolas", 11, 5}, expected));
+  ASSERT_TRUE(nebro::markdown::RenderMarkdownPage(text, {md, "Consolas", 11, 5}, expected));
   EXPECT_EQ(Read(d.path + "/n.html"), expected);
   // The stored settings were only read.
-  nebro::AppSettings after;
-  ASSERT_TRUE(nebro::LoadSettingsFrom(d.path + "/cfg/Nebro/nebro.cfg", after));
+  nebro::settings::AppSettings after;
+  ASSERT_TRUE(nebro::settings::LoadSettingsFrom(d.path + "/cfg/Nebro/nebro.cfg", after));
   EXPECT_TRUE(after.firstRun);
 }
 

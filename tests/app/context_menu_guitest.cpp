@@ -26,7 +26,11 @@
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
+using namespace nebro::app;
 using namespace nebro::sci;
+using namespace nebro::appearance;
+using namespace nebro::document;
+using namespace nebro::settings;
 namespace fs = std::filesystem;
 
 namespace {

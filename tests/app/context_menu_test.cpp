@@ -9,6 +9,7 @@
 #include "common/command_ids.h"
 
 using namespace nebro;
+using namespace nebro::app;
 
 namespace {
 
@@ -29,7 +30,7 @@ const CommandTable& Commands() {
 }
 
 std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& state) {
-  return nebro::BuildContextMenu(state, Commands());
+  return nebro::app::BuildContextMenu(state, Commands());
 }
 
 // One line per top-level entry: label, shortcut, command and flags; a submenu's entries follow

@@ -41,9 +41,9 @@ std::string ReadAll(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-nebro::AppSettings LoadConfig(const Sandbox& box, bool* ok = nullptr) {
-  nebro::AppSettings s;
-  const bool loaded = nebro::LoadSettingsFrom(box.Config(), s);
+nebro::settings::AppSettings LoadConfig(const Sandbox& box, bool* ok = nullptr) {
+  nebro::settings::AppSettings s;
+  const bool loaded = nebro::settings::LoadSettingsFrom(box.Config(), s);
   if (ok) *ok = loaded;
   return s;
 }
@@ -85,10 +85,10 @@ TEST(Startup, TraceOrderSettingsAndLastFile) {
   // The first start left a valid settings file; the exit stored the document and the window.
   EXPECT_EQ(fs::file_size(box.Config()), 36703u);
   bool ok = false;
-  nebro::AppSettings s = LoadConfig(box, &ok);
+  nebro::settings::AppSettings s = LoadConfig(box, &ok);
   ASSERT_TRUE(ok);
   EXPECT_FALSE(s.firstRun);
-  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::FieldText(s.lastFile)), file);
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(s.lastFile)), file);
   EXPECT_EQ(s.windowWidth, 920);
   EXPECT_EQ(s.windowHeight, 660);
 
@@ -112,13 +112,13 @@ TEST(Startup, TraceOrderSettingsAndLastFile) {
     ExpectInOrder(nebro, {"Nebro: Last file no longer exists, clearing", "Nebro: Entering message loop"});
     EXPECT_EQ(nebro.Output().find("FileLoad called"), std::string::npos);
   }
-  EXPECT_EQ(nebro::FieldText(LoadConfig(box).lastFile), u"");
+  EXPECT_EQ(nebro::settings::FieldText(LoadConfig(box).lastFile), u"");
 }
 
 TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
   Sandbox box;
-  nebro::AppSettings s;
-  nebro::SetDefaultSettings(s);
+  nebro::settings::AppSettings s;
+  nebro::settings::SetDefaultSettings(s);
   s.firstRun = false;
   s.windowX = 0x80000000;  // default X with a real Y: both default
   s.windowY = 50;
@@ -126,7 +126,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
   s.windowHeight = 500;
   s.theme = 9;
   fs::create_directories(box.dir + "/cfg/Nebro");
-  ASSERT_TRUE(nebro::SaveSettingsTo(box.Config(), s));
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(box.Config(), s));
   const std::string file = box.Write("notes.md", "# Title\n\nSome *text*.\n");
   {
     Child nebro({NEBRO_EXECUTABLE, file}, box.Env());

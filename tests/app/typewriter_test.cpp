@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 using namespace nebro;
+using namespace nebro::app;
 
 TEST(Typewriter, SoundsDependOnBothFlags) {
   using enum TypewriterSound;

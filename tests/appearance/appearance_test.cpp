@@ -7,6 +7,7 @@
 #include <clocale>
 
 using namespace nebro;
+using namespace nebro::appearance;
 
 TEST(Themes, UnknownNumbersReadAsThemeZeroAndCodeBackgroundIsClamped) {
   EXPECT_EQ(&ThemeColorsFor(9), &ThemeColorsFor(0));

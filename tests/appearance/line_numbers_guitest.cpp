@@ -12,8 +12,10 @@
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
+using namespace nebro::appearance;
 using namespace nebro::testing;
 using namespace nebro::sci;
+using namespace nebro::app;
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 using namespace nebro;
+using namespace nebro::appearance;
 
 TEST(StatusBar, PositionCountsScreenRowsFromTheFirstVisibleLine) {
   StatusInput in;

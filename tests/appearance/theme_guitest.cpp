@@ -13,8 +13,12 @@
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
+using namespace nebro::appearance;
 using namespace nebro::testing;
 using namespace nebro::sci;
+using namespace nebro::app;
+using namespace nebro::document;
+using namespace nebro::settings;
 
 namespace {
 

@@ -14,7 +14,10 @@
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
+using namespace nebro::appearance;
 using namespace nebro::testing;
+using namespace nebro::app;
+using namespace nebro::document;
 
 namespace {
 

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace nebro;
+using namespace nebro::appearance;
 
 namespace {
 
@@ -24,7 +25,7 @@ Toolbar MakeToolbar() {
   const std::pair<int, const char*> rows[] = {{kCmdNew, "New"},       {kCmdOpen, "Open"},         {kCmdSave, "Save"},
                                               {kCmdExport, "Export"}, {kCmdSettings, "Settings"}, {kCmdHelp, "Help"}};
   for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", {}, {}});
-  return nebro::MakeToolbar(t);
+  return nebro::appearance::MakeToolbar(t);
 }
 
 }  // namespace

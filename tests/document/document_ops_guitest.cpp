@@ -22,7 +22,11 @@
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
+using namespace nebro::document;
 using namespace nebro::sci;
+using namespace nebro::app;
+using namespace nebro::appearance;
+using namespace nebro::settings;
 namespace fs = std::filesystem;
 
 namespace {

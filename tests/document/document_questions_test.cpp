@@ -8,6 +8,7 @@
 #include "../support/disk_fixtures.h"
 
 using namespace nebro;
+using namespace nebro::document;
 using namespace nebro::test;
 
 TEST(DiskStatus, PresentMovedAndDeletedFromTheFileSystem) {

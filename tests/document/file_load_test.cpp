@@ -12,6 +12,7 @@
 #include "../support/disk_fixtures.h"
 
 using namespace nebro;
+using namespace nebro::document;
 using namespace nebro::test;
 
 namespace {

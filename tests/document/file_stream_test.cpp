@@ -12,6 +12,7 @@
 #include "common/utf.h"
 
 using namespace nebro;
+using namespace nebro::document;
 namespace fs = std::filesystem;
 
 namespace {

@@ -11,6 +11,7 @@
 #include "support/disk_fixtures.h"
 
 using namespace nebro;
+using namespace nebro::document;
 
 namespace {
 

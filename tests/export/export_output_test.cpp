@@ -11,6 +11,7 @@
 #include "export/plain_text_export.h"
 
 using namespace nebro;
+using namespace nebro::exports;
 using namespace nebro::test;
 
 TEST(ExportBytes, GrowsMovesAndReleases) {

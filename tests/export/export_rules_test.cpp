@@ -5,6 +5,7 @@
 #include "export/styled_text.h"
 
 using namespace nebro;
+using namespace nebro::exports;
 
 TEST(ExportRules, ElapsedTimeProgressAndStatusTexts) {
   const std::pair<uint64_t, const char*> times[] = {

@@ -20,7 +20,7 @@ namespace nebro::testing {
 struct Doc {
   std::string text;
   std::string styles;
-  StyledText view() const { return {text, styles}; }
+  exports::StyledText view() const { return {text, styles}; }
 };
 
 inline Doc Runs(std::initializer_list<std::pair<std::string_view, unsigned>> runs) {
@@ -34,10 +34,10 @@ inline Doc Runs(std::initializer_list<std::pair<std::string_view, unsigned>> run
 
 // The styles the editor has for C++ under a theme: every style on the editor background in the
 // editor text colour, and the C++ map's colours, bold and italic on top.
-inline ExportStyleTable CppStyles(const ThemeColors& theme) {
-  ExportStyleTable table;
-  for (ExportStyle& s : table) s = {theme.editorText, theme.editorBackground, false, false};
-  const SyntaxColors& syn = theme.syntax;
+inline exports::ExportStyleTable CppStyles(const appearance::ThemeColors& theme) {
+  exports::ExportStyleTable table;
+  for (exports::ExportStyle& s : table) s = {theme.editorText, theme.editorBackground, false, false};
+  const appearance::SyntaxColors& syn = theme.syntax;
   table[1] = {syn.comment, theme.editorBackground, false, true};
   table[2] = {syn.comment, theme.editorBackground, false, true};
   table[4] = {syn.number, theme.editorBackground, false, false};

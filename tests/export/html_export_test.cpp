@@ -8,7 +8,9 @@
 #include "export_test_support.h"
 
 using namespace nebro;
+using namespace nebro::exports;
 using namespace nebro::testing;
+using namespace nebro::appearance;
 
 namespace {
 

@@ -18,6 +18,7 @@
 #include "export_test_support.h"
 
 using namespace nebro;
+using namespace nebro::exports;
 using namespace nebro::testing;
 
 namespace {

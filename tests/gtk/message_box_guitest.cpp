@@ -9,6 +9,8 @@
 #include "settings/settings.h"
 
 using namespace nebro;
+using namespace nebro::appearance;
+using namespace nebro::settings;
 
 namespace {
 

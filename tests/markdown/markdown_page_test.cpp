@@ -14,6 +14,8 @@
 #include "markdown/markdown_html.h"
 
 using namespace nebro;
+using namespace nebro::markdown;
+using namespace nebro::appearance;
 namespace fs = std::filesystem;
 
 namespace {

@@ -10,6 +10,7 @@
 #include "markdown_model.h"
 
 using namespace nebro;
+using namespace nebro::markdown;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <climits>
 
-namespace nebro {
+namespace nebro::print {
 namespace {
 
 TEST(PageFrame, ArithmeticRoundsAndTruncatesWhereThePrinterDoes) {
@@ -73,4 +73,4 @@ TEST(PageFrame, PrinterFrameAddsTheOffsetsOnBothSides) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::print

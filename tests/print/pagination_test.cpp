@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace nebro {
+namespace nebro::print {
 namespace {
 
 using Starts = std::vector<int32_t>;
@@ -253,4 +253,4 @@ TEST(PaginationWorker, EventStaysSetAndWakesWaiters) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::print

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace nebro {
+namespace nebro::print {
 namespace {
 
 TEST(PrintTexts, LabelsAndTheJobName) {
@@ -40,4 +40,4 @@ TEST(PrintTexts, PreviewStepsSizeAndPagePlacement) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::print

@@ -12,7 +12,7 @@
 #include "search/find_replace_search.h"
 #include "search/find_replace_text.h"
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 using namespace find_replace_internal;
@@ -112,4 +112,4 @@ TEST(FindReplaceDifferential, FastScansAgreeWithPlainScans) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 using Matches = std::vector<FindMatch>;
@@ -97,4 +97,4 @@ TEST(FindReplaceReplaceOne, SelectionMustBeTheFindText) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

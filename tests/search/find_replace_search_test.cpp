@@ -11,7 +11,7 @@
 
 #include "search/find_replace_rules.h"
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 using Matches = std::vector<FindMatch>;
@@ -160,4 +160,4 @@ TEST(FindReplaceRules, HistoryFieldsStatusRangeAndHighlightAll) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

@@ -8,7 +8,7 @@
 
 #include <regex>
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 // clang-format off
@@ -147,4 +147,4 @@ TEST(RegexDifferential, UnsetBackReferencesFollowEcmaScript) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

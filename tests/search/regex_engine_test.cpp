@@ -5,7 +5,7 @@
 #include <chrono>
 #include <thread>
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 struct Found {
@@ -245,4 +245,4 @@ TEST(RegexSingleSearches, FindNextFindPrevAndWholeMatch) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

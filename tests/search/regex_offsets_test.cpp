@@ -4,7 +4,7 @@
 
 #include "common/utf.h"
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 TEST(RegexOffsets, BothDirectionsFollowTheConversionRule) {
@@ -57,4 +57,4 @@ TEST(RegexOffsets, BothDirectionsFollowTheConversionRule) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 TEST(RegexReplace, ExpandReplacementTemplates) {
@@ -74,4 +74,4 @@ TEST(RegexReplace, ReplaceAllUsesIteratorSemantics) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

@@ -15,7 +15,7 @@
 #include "search/regex_worker.h"
 #include "search/results_file.h"
 
-namespace nebro {
+namespace nebro::search {
 namespace {
 
 namespace fs = std::filesystem;
@@ -359,4 +359,4 @@ TEST(RegexWorker, StatusTextsAndRunawayPatterns) {
 }
 
 }  // namespace
-}  // namespace nebro
+}  // namespace nebro::search

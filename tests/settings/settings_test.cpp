@@ -11,6 +11,7 @@
 #include "settings/temp_files.h"
 
 using namespace nebro;
+using namespace nebro::settings;
 using namespace nebro::test;
 namespace fs = std::filesystem;
 

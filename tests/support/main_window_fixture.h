@@ -22,7 +22,7 @@ namespace nebro::testing {
 class MainWindowTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    LoadFontAliases();
+    appearance::LoadFontAliases();
     if (!sci::ScintillaLoaded()) {
       ASSERT_EQ(sci::LoadScintilla(), sci::LibraryLoad::Ok);
     }
@@ -34,16 +34,16 @@ class MainWindowTest : public ::testing::Test {
   void SetUp() override {
     char name[] = "/tmp/nebro-gui-XXXXXX";
     folder = mkdtemp(name);
-    ResetMainWindowState();
-    SetConfigRoot(folder + "/config");
+    app::ResetMainWindowState();
+    settings::SetConfigRoot(folder + "/config");
     Configure();
-    ASSERT_TRUE(CreateMainWindow("Nebro", 0, 0, width, height, true));
-    gtk_widget_show(gMain.window);
-    Pump(gMain.window);
+    ASSERT_TRUE(app::CreateMainWindow("Nebro", 0, 0, width, height, true));
+    gtk_widget_show(app::gMain.window);
+    Pump(app::gMain.window);
   }
 
   void TearDown() override {
-    ResetMainWindowState();
+    app::ResetMainWindowState();
     Pump();
     std::filesystem::remove_all(folder);
   }
@@ -64,7 +64,7 @@ class MainWindowTest : public ::testing::Test {
   // runs in the background. True when it became the document.
   bool LoadDocument(const std::string& path) {
     bool done = false, loaded = false;
-    LoadAsDocument(MainDocumentWindow(), path, [&](bool ok) {
+    document::LoadAsDocument(app::MainDocumentWindow(), path, [&](bool ok) {
       loaded = ok;
       done = true;
     });
@@ -72,11 +72,11 @@ class MainWindowTest : public ::testing::Test {
     return loaded;
   }
 
-  sci::sptr_t Send(long message, sci::uptr_t w = 0, sci::sptr_t l = 0) { return sci::Send(gMain.editor, message, w, l); }
-  void SetText(const std::string& text) { sci::SendPtr(gMain.editor, sci::SCI_SETTEXT, 0, text.c_str()); }
+  sci::sptr_t Send(long message, sci::uptr_t w = 0, sci::sptr_t l = 0) { return sci::Send(app::gMain.editor, message, w, l); }
+  void SetText(const std::string& text) { sci::SendPtr(app::gMain.editor, sci::SCI_SETTEXT, 0, text.c_str()); }
   std::string Text() {
     std::string text(static_cast<size_t>(Send(sci::SCI_GETLENGTH)) + 1, '\0');
-    sci::SendPtr(gMain.editor, sci::SCI_GETTEXT, text.size(), text.data());
+    sci::SendPtr(app::gMain.editor, sci::SCI_GETTEXT, text.size(), text.data());
     text.pop_back();
     return text;
   }

@@ -4,7 +4,7 @@
 #include "app/main_commands_gtk.h"
 #include "app/startup_rules.h"
 #include "app/typewriter_gtk.h"
-#include "app/viewer_launch_gtk.h"
+#include "gtk/viewer_launch_gtk.h"
 #include "appearance/line_numbers_gtk.h"
 #include "appearance/reading_look_gtk.h"
 #include "appearance/status_bar_gtk.h"

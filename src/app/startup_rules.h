@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace nebro::app {
+#include "common/viewer_geometry.h"
 
-struct WindowGeometry {
-  int x, y, width, height;
-};
+namespace nebro::app {
 
 struct StartupArgs {
   bool viewerMode = false;
@@ -22,9 +20,6 @@ struct StartupArgs {
 
 // `args` includes the program path as args[0], like argv.
 StartupArgs ParseStartupArgs(const std::vector<std::string>& args);
-
-// The internal argument a launching editor appends after the viewer's path.
-std::string ViewerGeometryArgument(const WindowGeometry& g);
 
 // 255 - trunc(percent x 255 / 100), computed in double precision.
 int TransparencyAlpha(int percent);

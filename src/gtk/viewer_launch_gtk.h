@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace nebro::app {
+namespace nebro {
 
 // Starts a viewer beside `owner` (40 pixels right and down, 740 x 860). Does nothing for an
 // empty path and reports nothing on failure. The viewer dies with the editor, and a new launch
@@ -21,4 +21,4 @@ int ViewerProcess();
 // The program started as the viewer: this executable, unless a test names the editor's.
 void SetViewerExecutable(const std::string& path);
 
-}  // namespace nebro::app
+}  // namespace nebro

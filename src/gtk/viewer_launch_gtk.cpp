@@ -1,4 +1,4 @@
-#include "app/viewer_launch_gtk.h"
+#include "gtk/viewer_launch_gtk.h"
 
 #include <signal.h>
 #include <sys/prctl.h>
@@ -6,9 +6,9 @@
 
 #include <climits>
 
-#include "app/startup_rules.h"
+#include "common/viewer_geometry.h"
 
-namespace nebro::app {
+namespace nebro {
 namespace {
 
 GPid viewerPid = 0;
@@ -57,4 +57,4 @@ void LaunchViewer(GtkWindow* owner, const std::string& path) {
   g_child_watch_add(pid, OnViewerExit, nullptr);
 }
 
-}  // namespace nebro::app
+}  // namespace nebro

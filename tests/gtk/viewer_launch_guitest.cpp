@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "../support/process.h"
-#include "app/viewer_launch_gtk.h"
+#include "gtk/viewer_launch_gtk.h"
 
 namespace fs = std::filesystem;
 
@@ -38,21 +38,21 @@ TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
   std::ofstream(dir + "/first.txt") << "first\n";
   std::ofstream(dir + "/second.txt") << "second\n";
 
-  nebro::app::SetViewerExecutable(NEBRO_EXECUTABLE);
+  nebro::SetViewerExecutable(NEBRO_EXECUTABLE);
   GtkWidget* owner = gtk_window_new(GTK_WINDOW_TOPLEVEL);
   gtk_window_move(GTK_WINDOW(owner), 100, 80);
   gtk_widget_show(owner);
 
-  nebro::app::LaunchViewer(GTK_WINDOW(owner), "");  // an empty path starts nothing
-  EXPECT_EQ(nebro::app::ViewerProcess(), 0);
+  nebro::LaunchViewer(GTK_WINDOW(owner), "");  // an empty path starts nothing
+  EXPECT_EQ(nebro::ViewerProcess(), 0);
 
-  nebro::app::LaunchViewer(GTK_WINDOW(owner), dir + "/first.txt");
-  const int first = nebro::app::ViewerProcess();
+  nebro::LaunchViewer(GTK_WINDOW(owner), dir + "/first.txt");
+  const int first = nebro::ViewerProcess();
   ASSERT_GT(first, 0);
   EXPECT_TRUE(PumpUntil([] { return WindowTitled("Nebro Viewer - first.txt"); }));
 
-  nebro::app::LaunchViewer(GTK_WINDOW(owner), dir + "/second.txt");
-  const int second = nebro::app::ViewerProcess();
+  nebro::LaunchViewer(GTK_WINDOW(owner), dir + "/second.txt");
+  const int second = nebro::ViewerProcess();
   ASSERT_GT(second, 0);
   EXPECT_NE(first, second);
   EXPECT_TRUE(PumpUntil([&] { return !Alive(first); })) << "the first viewer still runs";
@@ -60,7 +60,7 @@ TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
   EXPECT_TRUE(Alive(second));
 
   // Closing the editor's side ends the viewer too.
-  nebro::app::EndViewer();
+  nebro::EndViewer();
   EXPECT_TRUE(PumpUntil([&] { return !Alive(second); }));
   gtk_widget_destroy(owner);
   fs::remove_all(dir);

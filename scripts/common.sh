@@ -11,6 +11,7 @@ NEBRO_PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool imagemagick fonts-dejavu-core
   geany-common libmd4c-dev libmd4c-html0-dev libcmark-dev
+  dbus-daemon at-spi2-core python3-pyatspi openbox
 )
 
 nebro_install_missing() {

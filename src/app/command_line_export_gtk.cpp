@@ -18,6 +18,7 @@
 #include "export/rtf_export.h"
 #include "export/styled_text.h"
 #include "markdown/markdown_html.h"
+#include "print/pdf_export_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
@@ -123,6 +124,11 @@ int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
                 " needs a display for the editor's colours; on a machine without one run: xvfb-run -a nebro --export ...");
   }
   appearance::LoadFontAliases();
+  if (request.format == "pdf") {
+    const print::PdfExportResult pdf =
+        print::ExportPdf(nullptr, std::string(text), print::PageStyleFromSettings(settings::gSettings), request.output);
+    return pdf.ok ? 0 : Fail(pdf.error);
+  }
   StyledDocument doc;
   std::string error;
   if (!StyleInHiddenEditor(request.input, text, doc, error)) return Fail(error);

@@ -19,9 +19,9 @@ ToolRequest ParseToolRequest(const std::vector<std::string>& args) {
   r.format = args[2];
   r.input = args[3];
   r.output = args[4];
-  if (r.format != "html" && r.format != "rtf" && r.format != "txt") {
+  if (r.format != "html" && r.format != "pdf" && r.format != "rtf" && r.format != "txt") {
     r.command = ToolCommand::UsageError;
-    r.error = "unknown export format \"" + r.format + "\" (use html, rtf or txt)";
+    r.error = "unknown export format \"" + r.format + "\" (use html, pdf, rtf or txt)";
     return r;
   }
   r.command = ToolCommand::Export;
@@ -40,7 +40,8 @@ const char* UsageText() {
          "  --viewer FILE        show FILE in the read-only viewer\n"
          "  --export FORMAT INPUT OUTPUT\n"
          "                       write INPUT to OUTPUT as FORMAT and exit: html (syntax-coloured\n"
-         "                       page; a Markdown INPUT is rendered as a page), rtf or txt.\n"
+         "                       page; a Markdown INPUT is rendered as a page), pdf (the\n"
+         "                       printed pages, with the page setup of the settings), rtf or txt.\n"
          "                       INPUT is read as the editor reads files (binary files are\n"
          "                       refused, UTF-16 is converted) and coloured with the theme of\n"
          "                       the settings. It needs a display; on a machine without one,\n"

@@ -122,9 +122,33 @@ TEST(CommandLineExport, FailuresLeaveNothingBehind) {
   EXPECT_EQ(Read(existing), "old");
 
   EXPECT_EQ(Export(d, "doc", ok, d.path + "/o.doc", &output), 2);
-  EXPECT_TRUE(Contains(output, "use html, rtf or txt"));
+  EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
   std::vector<std::string> leftovers;
   for (const auto& e : fs::directory_iterator(d.path)) leftovers.push_back(e.path().filename());
   std::sort(leftovers.begin(), leftovers.end());
   EXPECT_EQ(leftovers, (std::vector<std::string>{"cfg", "keep.html", "ok.cpp", "x.txt"}));
+}
+
+TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
+  Dir d;
+  std::string text;
+  for (int i = 1; i <= 200; ++i) text += "row " + std::to_string(i) + " of the listing\n";
+  const std::string in = d.Write("list.txt", text);
+  const std::string out = d.path + "/list.pdf";
+  std::string output;
+  ASSERT_EQ(Export(d, "pdf", in, out, &output), 0) << output;
+  Child info({"/usr/bin/pdfinfo", out}, {});
+  ASSERT_EQ(info.Wait(30000), 0);
+  EXPECT_FALSE(Contains(info.Output(), "Pages:           1\n")) << info.Output();
+  Child first({"/usr/bin/pdftotext", "-f", "1", "-l", "1", out, "-"}, {});
+  ASSERT_EQ(first.Wait(30000), 0);
+  EXPECT_TRUE(Contains(first.Output(), "row 1 of the listing"));
+  EXPECT_TRUE(Contains(first.Output(), "- 1 -"));
+  EXPECT_FALSE(Contains(first.Output(), "row 200 of the listing"));
+
+  // An empty document gives no PDF, and an existing file stays as it was.
+  const std::string keep = d.Write("keep.pdf", "old");
+  EXPECT_EQ(Export(d, "pdf", d.Write("empty.txt", ""), keep, &output), 1);
+  EXPECT_TRUE(Contains(output, "Nothing to export")) << output;
+  EXPECT_EQ(Read(keep), "old");
 }

@@ -18,9 +18,10 @@ TEST(CommandLineTool, Requests) {
   EXPECT_EQ(ok.input, "in.cpp");
   EXPECT_EQ(ok.output, "out.rtf");
 
-  const ToolRequest bad = ParseToolRequest({"nebro", "--export", "pdf", "a", "b"});
+  const ToolRequest bad = ParseToolRequest({"nebro", "--export", "doc", "a", "b"});
   EXPECT_EQ(bad.command, ToolCommand::UsageError);
-  EXPECT_EQ(bad.error, "unknown export format \"pdf\" (use html, rtf or txt)");
+  EXPECT_EQ(bad.error, "unknown export format \"doc\" (use html, pdf, rtf or txt)");
+  EXPECT_EQ(ParseToolRequest({"nebro", "--export", "pdf", "a", "b"}).command, ToolCommand::Export);
   EXPECT_EQ(ParseToolRequest({"nebro", "--export", "html", "a"}).command, ToolCommand::UsageError);
   EXPECT_EQ(ParseToolRequest({"nebro", "--export", "html", "a", "b", "c"}).command, ToolCommand::UsageError);
   // Only the first argument selects a tool: a file may be called --export elsewhere.

@@ -1,0 +1,127 @@
+// The PDF's pages are the laid-out pages: the page count and each page's first line and footer,
+// read back from the PDF with poppler's pdftotext, match the split the preview draws from.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "print/page_layout_gtk.h"
+#include "print/pdf_export_gtk.h"
+#include "print/print_texts.h"
+
+namespace nebro::print {
+namespace {
+
+std::string Capture(const std::string& command) {
+  std::string out;
+  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+  char buffer[4096];
+  size_t n;
+  while (pipe && (n = fread(buffer, 1, sizeof buffer, pipe.get())) > 0) out.append(buffer, n);
+  return out;
+}
+
+int PdfPageCount(const std::string& path) {
+  const std::string info = Capture("pdfinfo '" + path + "'");
+  const auto at = info.find("Pages:");
+  return at == std::string::npos ? -1 : std::stoi(info.substr(at + 6));
+}
+
+std::string PdfPageText(const std::string& path, int page) {
+  const std::string n = std::to_string(page);
+  return Capture("pdftotext -layout -f " + n + " -l " + n + " '" + path + "' -");
+}
+
+class PdfPagesTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char name[] = "/tmp/nebro-pdf-XXXXXX";
+    folder = mkdtemp(name);
+  }
+  void TearDown() override { std::filesystem::remove_all(folder); }
+  std::string folder;
+};
+
+// Lines of different lengths, some wrapping several times, some empty, so the split depends on
+// the measured wrapping and not on a line count.
+std::string MixedDocument(int lines) {
+  std::string text;
+  for (int i = 1; i <= lines; ++i) {
+    text += "line" + std::to_string(i) + "x";
+    if (i % 7 == 0) {
+      for (int w = 0; w < 40; ++w) text += " word" + std::to_string(w);
+    }
+    if (i % 11 == 0) text += "\n";
+    text += "\n";
+  }
+  return text;
+}
+
+TEST_F(PdfPagesTest, PdfPagesAreTheLaidOutPages) {
+  PageStyle style;
+  style.fontFace = "DejaVu Sans Mono";
+  style.fontSize = 11;
+  const PagedDocument doc = PaginateDocument(MixedDocument(500), style);
+  ASSERT_GT(doc.PageCount(), 5);
+
+  const std::string path = folder + "/out.pdf";
+  const PdfExportResult result = ExportPagedPdf(nullptr, doc, path);
+  ASSERT_TRUE(result.ok) << result.error;
+  ASSERT_EQ(PdfPageCount(path), doc.PageCount());
+
+  for (int page = 0; page < doc.PageCount(); ++page) {
+    const std::string text = PdfPageText(path, page + 1);
+    const PageLineRange range = LinesOfPage(doc.pageStarts, page, doc.lines.size());
+    // The page's first non-empty line is on it, and the line before the page is not.
+    size_t first = range.first;
+    while (first < range.last && doc.lines[first].length == 0) ++first;
+    ASSERT_LT(first, range.last);
+    const std::string firstLine(LineText(doc.text, doc.lines[first]).substr(0, 10));
+    EXPECT_NE(text.find(firstLine.substr(0, firstLine.find(' '))), std::string::npos)
+        << "page " << page + 1;
+    const std::string lastLine(LineText(doc.text, doc.lines[range.last - 1]));
+    if (!lastLine.empty()) {
+      EXPECT_NE(text.find(lastLine.substr(0, lastLine.find(' '))), std::string::npos)
+          << "page " << page + 1;
+    }
+    if (range.first > 0) {
+      std::string before(LineText(doc.text, doc.lines[range.first - 1]));
+      if (!before.empty()) {
+        EXPECT_EQ(text.find(before.substr(0, before.find(' '))), std::string::npos)
+            << "page " << page + 1;
+      }
+    }
+    EXPECT_NE(text.find(PageFooterText(page + 1)), std::string::npos) << "page " << page + 1;
+  }
+}
+
+TEST_F(PdfPagesTest, MarginsAndPaperChangeTheSplitTheSameWayInThePdf) {
+  PageStyle wide;
+  wide.fontFace = "DejaVu Sans Mono";
+  PageStyle narrow = wide;
+  narrow.margins = {4000, 4000, 4000, 4000};
+  narrow.paper = {14800, 21000};  // A5
+  const std::string text = MixedDocument(300);
+  const PagedDocument a = PaginateDocument(text, wide);
+  const PagedDocument b = PaginateDocument(text, narrow);
+  ASSERT_LT(a.PageCount(), b.PageCount());
+  for (const PagedDocument* doc : {&a, &b}) {
+    const std::string path = folder + "/" + std::to_string(doc->PageCount()) + ".pdf";
+    ASSERT_TRUE(ExportPagedPdf(nullptr, *doc, path).ok);
+    EXPECT_EQ(PdfPageCount(path), doc->PageCount());
+  }
+}
+
+TEST_F(PdfPagesTest, AnEmptyDocumentWritesNoPdf) {
+  const std::string path = folder + "/empty.pdf";
+  const PdfExportResult result = ExportPdf(nullptr, "", PageStyle{}, path);
+  EXPECT_FALSE(result.ok);
+  EXPECT_FALSE(result.error.empty());
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+}  // namespace
+}  // namespace nebro::print

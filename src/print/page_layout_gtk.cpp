@@ -105,8 +105,9 @@ void DrawPage(cairo_t* cr, const PagedDocument& doc, int page) {
       LayoutPageLines(doc.text, doc.lines, range, content.top, content.Width(), measure);
 
   cairo_save(cr);
-  // A line taller than the page is cut at the content's bottom, as on paper.
-  cairo_rectangle(cr, content.left, content.top, content.Width(), content.Height());
+  // The line that crosses the content's bottom belongs to this page and is drawn whole, into
+  // the bottom margin; only a line taller than the sheet is cut, at the sheet's edge.
+  cairo_rectangle(cr, 0, 0, doc.pageWidth, doc.pageHeight);
   cairo_clip(cr);
   cairo_set_source_rgb(cr, 0, 0, 0);
   for (const PlacedLine& p : placed) {
@@ -117,7 +118,8 @@ void DrawPage(cairo_t* cr, const PagedDocument& doc, int page) {
   }
   cairo_restore(cr);
 
-  // The page number, centred in the band under the content.
+  // The page number, centred under the content at the foot of its band, as far as it can be
+  // from a last line that runs past the content's bottom.
   auto footerFont = MakeFont(doc.style.fontFace, doc.style.fontSize);
   pango_font_description_set_absolute_size(
       footerFont.get(), FooterFontHeight(doc.style.fontSize, kLayoutDpi) * PANGO_SCALE);
@@ -130,7 +132,7 @@ void DrawPage(cairo_t* cr, const PagedDocument& doc, int page) {
   const PageRect& band = doc.frame.footer;
   cairo_save(cr);
   cairo_set_source_rgb(cr, kFooterGrey / 255.0, kFooterGrey / 255.0, kFooterGrey / 255.0);
-  cairo_move_to(cr, band.left + (band.Width() - w) / 2.0, band.top + (band.Height() - h) / 2.0);
+  cairo_move_to(cr, band.left + (band.Width() - w) / 2.0, static_cast<double>(band.bottom - h));
   pango_cairo_show_layout(cr, footer.get());
   cairo_restore(cr);
 }

@@ -2,6 +2,7 @@
 
 #include <pango/pangocairo.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "print/print_texts.h"
@@ -118,8 +119,8 @@ void DrawPage(cairo_t* cr, const PagedDocument& doc, int page) {
   }
   cairo_restore(cr);
 
-  // The page number, centred under the content at the foot of its band, as far as it can be
-  // from a last line that runs past the content's bottom.
+  // The page number, centred in the band under the content; when the page's last line runs
+  // past the content's bottom, the number moves down under that line so the two never overlap.
   auto footerFont = MakeFont(doc.style.fontFace, doc.style.fontSize);
   pango_font_description_set_absolute_size(
       footerFont.get(), FooterFontHeight(doc.style.fontSize, kLayoutDpi) * PANGO_SCALE);
@@ -132,7 +133,13 @@ void DrawPage(cairo_t* cr, const PagedDocument& doc, int page) {
   const PageRect& band = doc.frame.footer;
   cairo_save(cr);
   cairo_set_source_rgb(cr, kFooterGrey / 255.0, kFooterGrey / 255.0, kFooterGrey / 255.0);
-  cairo_move_to(cr, band.left + (band.Width() - w) / 2.0, static_cast<double>(band.bottom - h));
+  double top = band.top + (band.Height() - h) / 2.0;
+  if (!placed.empty()) {
+    const PlacedLine& last = placed.back();
+    top = std::max(top, static_cast<double>(last.y + last.height + kPrintLineSpacing));
+  }
+  top = std::min(top, static_cast<double>(doc.pageHeight - h));
+  cairo_move_to(cr, band.left + (band.Width() - w) / 2.0, top);
   pango_cairo_show_layout(cr, footer.get());
   cairo_restore(cr);
 }

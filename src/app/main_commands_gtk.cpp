@@ -5,6 +5,8 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
+#include "print/print_job_gtk.h"
+#include "print/print_preview_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -50,8 +52,14 @@ void AddMainWindowCommands(CommandTable& t) {
   // The menu names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
   AddCommand(t, NotBuilt(kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H"));
   AddCommand(t, NotBuilt(kCmdFont, "Font", {"Ctrl+Shift+F"}));
-  AddCommand(t, NotBuilt(kCmdPrint, "Print", {"Ctrl+P"}));
-  AddCommand(t, NotBuilt(kCmdPrintPreview, "Print Preview", {}));
+  AddCommand(t, {kCmdPrint, "Print", {"Ctrl+P"}, "", [] {
+                   print::PrintEditor(GTK_WINDOW(gMain.window), gMain.editor,
+                                      print::PageStyleFromSettings(settings::gSettings), gMain.doc.path);
+                 }, {}});
+  AddCommand(t, {kCmdPrintPreview, "Print Preview", {}, "", [] {
+                   print::OpenPrintPreview(GTK_WINDOW(gMain.window), gMain.editor,
+                                           print::PageStyleFromSettings(settings::gSettings));
+                 }, {}});
   AddCommand(t, NotBuilt(kCmdPageSetup, "Page Setup", {}));
   AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
   AddCommand(t, NotBuilt(kCmdExport, "Export", {}));

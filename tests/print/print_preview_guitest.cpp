@@ -1,0 +1,124 @@
+// Print Preview as a user meets it on the real main window, reached by role and name: the
+// progress window, "Page 1 / N" with N the pages the PDF gets, the page buttons and keys, and
+// Escape closing the window.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "app/main_window_gtk.h"
+#include "common/command_ids.h"
+#include "common/command_table.h"
+#include "gtk/message_box_gtk.h"
+#include "print/page_layout_gtk.h"
+#include "print/pdf_export_gtk.h"
+#include "print/print_texts.h"
+#include "settings/settings.h"
+#include "support/accessibility.h"
+#include "support/main_window_fixture.h"
+
+using namespace nebro;
+using namespace nebro::testing;
+
+namespace {
+
+class PrintPreviewTest : public MainWindowTest {};
+
+GtkWidget* Toplevel(const char* title) {
+  GtkWidget* found = nullptr;
+  GList* all = gtk_window_list_toplevels();
+  for (GList* l = all; l; l = l->next) {
+    const char* t = gtk_window_get_title(GTK_WINDOW(l->data));
+    if (t && std::string(t) == title && gtk_widget_get_visible(GTK_WIDGET(l->data))) {
+      found = GTK_WIDGET(l->data);
+    }
+  }
+  g_list_free(all);
+  return found;
+}
+
+// A key press delivered through the toolkit, as the window manager would hand it over.
+void PressKey(GtkWidget* window, guint keyval) {
+  GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
+  event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
+  event->key.keyval = keyval;
+  event->key.send_event = TRUE;
+  GdkKeymapKey* keys = nullptr;
+  gint count = 0;
+  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_display_get_default()), keyval,
+                                        &keys, &count) && count > 0) {
+    event->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
+  }
+  g_free(keys);
+  gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
+  gtk_main_do_event(event);
+  gdk_event_free(event);
+}
+
+std::string Lines(int count) {
+  std::string text;
+  for (int i = 1; i <= count; ++i) {
+    text += "line " + std::to_string(i);
+    if (i % 9 == 0) text += std::string(300, 'w');  // wraps
+    text += "\n";
+  }
+  return text;
+}
+
+TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
+  const std::string text = Lines(500);
+  SetText(text);
+  const print::PageStyle style = print::PageStyleFromSettings(settings::gSettings);
+  const print::PagedDocument expected = print::PaginateDocument(text, style);
+  const int pages = expected.PageCount();
+  ASSERT_GT(pages, 3);
+  const std::string first = print::PreviewPageLabel(1, pages);
+  const std::string second = print::PreviewPageLabel(2, pages);
+
+  ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
+  AccessibilityResult r = Accessible({"wait|frame|Nebro - Print Preview", "wait|label|" + first,
+                                      "click|push button|" + std::string(print::kPreviewNextText),
+                                      "wait|label|" + second,
+                                      "click|push button|" + std::string(print::kPreviewPrevText),
+                                      "wait|label|" + first});
+  ASSERT_TRUE(r.ok) << r.err;
+
+  GtkWidget* preview = Toplevel(print::kPrintPreviewTitle);
+  ASSERT_NE(preview, nullptr);
+  PressKey(preview, GDK_KEY_Page_Down);
+  PressKey(preview, GDK_KEY_Right);
+  r = Accessible({"wait|label|" + print::PreviewPageLabel(3, pages)});
+  EXPECT_TRUE(r.ok) << r.err;
+  PressKey(preview, GDK_KEY_Left);
+  r = Accessible({"wait|label|" + second});
+  EXPECT_TRUE(r.ok) << r.err;
+
+  // The PDF of the same document gets the pages the preview counts.
+  const std::string pdf = folder + "/same.pdf";
+  ASSERT_TRUE(print::ExportPdf(nullptr, text, style, pdf).ok);
+  const std::string info = folder + "/info.txt";
+  ASSERT_EQ(std::system(("pdfinfo '" + pdf + "' > '" + info + "'").c_str()), 0);
+  std::string out(4096, '\0');
+  FILE* f = fopen(info.c_str(), "r");
+  out.resize(fread(out.data(), 1, out.size(), f));
+  fclose(f);
+  EXPECT_NE(out.find("Pages:           " + std::to_string(pages) + "\n"), std::string::npos) << out;
+
+  PressKey(preview, GDK_KEY_Escape);
+  r = Accessible({"gone|frame|Nebro - Print Preview"});
+  EXPECT_TRUE(r.ok) << r.err;
+}
+
+TEST_F(PrintPreviewTest, AnEmptyDocumentSaysSoAndOpensNothing) {
+  std::string shown;
+  SetMessageBoxHook([&](int, const std::string& text, const std::string&) {
+    shown = text;
+    return 1;
+  });
+  ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
+  SetMessageBoxHook({});
+  EXPECT_EQ(shown, print::kPreviewEmptyText);
+  EXPECT_EQ(Toplevel(print::kPrintPreviewTitle), nullptr);
+}
+
+}  // namespace

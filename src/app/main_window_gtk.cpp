@@ -165,6 +165,10 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   gtk_window_set_title(GTK_WINDOW(window), caption);
   gtk_window_set_default_size(GTK_WINDOW(window), width, height);
   if (!defaultPosition) gtk_window_move(GTK_WINDOW(window), x, y);
+  // An opacity set before the window exists is kept by GTK but never reaches the X window.
+  g_signal_connect_after(window, "realize", G_CALLBACK(+[](GtkWidget* w, gpointer) {
+    gdk_window_set_opacity(gtk_widget_get_window(w), gtk_widget_get_opacity(w));
+  }), nullptr);
   gMain.window = window;
   gMain.destroyed = false;
   gMain.doc.viewerMode = gViewerMode;
@@ -248,7 +252,7 @@ void OpenFileFromStartup(const std::string& path) {
   }
   document::FileLoad({GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc}, path, [path](bool loaded) {
     if (!loaded || !gMain.window) return;
-    gMain.doc.path = path;
+    gMain.doc.path = document::DocumentPath(path);
     appearance::ApplyReadingLook(gMain.editor);
     Send(gMain.editor, SCI_SETREADONLY, 1);
     gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + document::DocumentDisplayName(path)).c_str());

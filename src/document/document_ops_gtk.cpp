@@ -33,7 +33,7 @@ std::vector<ChooserFilter> Filters(const FileFilter (&filters)[N]) {
 }
 
 void DocumentBecame(const DocumentWindow& w, const std::string& path) {
-  w.doc->path = path;
+  w.doc->path = DocumentPath(path);
   w.doc->modified = false;
   if (w.changed) w.changed();
 }
@@ -63,7 +63,7 @@ void LoadAsDocument(const DocumentWindow& w, const std::string& path, std::funct
       appearance::SetupLexer(w.editor, path);
       ClearSearchIndicators(w.editor);
       DocumentBecame(w, path);
-      AddRecentFile(settings::gSettings.recentFiles, Utf8ToUtf16(path));
+      AddRecentFile(settings::gSettings.recentFiles, Utf8ToUtf16(w.doc->path));
       settings::SaveSettings(settings::gSettings);
     }
     if (done) done(loaded);

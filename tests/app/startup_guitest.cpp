@@ -202,3 +202,27 @@ TEST(Startup, MissingLibrariesAreFatal) {
   viewer.Signal(SIGTERM);
   EXPECT_EQ(viewer.Wait(), 0);
 }
+
+TEST(Startup, RelativePathIsStoredAbsoluteAndSavedTransparencyShows) {
+  Sandbox box;
+  fs::create_directories(box.dir + "/work");
+  box.Write("work/notes.py", "x = 1\n");
+  nebro::settings::AppSettings s = LoadConfig(box);
+  s.transparency = 30;
+  fs::create_directories(box.dir + "/cfg/Nebro");
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(box.Config(), s));
+
+  Child nebro({"/bin/sh", "-c", "cd '" + box.dir + "/work' && exec '" NEBRO_EXECUTABLE "' notes.py"}, box.Env());
+  ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+  // The window manager's compositor reads the opacity from the window's property.
+  const std::string opacity = nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
+                                                  "); do xprop -id $w _NET_WM_WINDOW_OPACITY; done");
+  EXPECT_NE(opacity.find("_NET_WM_WINDOW_OPACITY(CARDINAL) = "), std::string::npos) << opacity;
+  nebro.Signal(SIGTERM);
+  EXPECT_EQ(nebro.Wait(), 0);
+
+  const nebro::settings::AppSettings after = LoadConfig(box);
+  const std::string absolute = box.dir + "/work/notes.py";
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.lastFile)), absolute);
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.recentFiles[0])), absolute);
+}

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -112,5 +113,17 @@ class Child {
 
 // Runs a shell command and returns its exit code.
 inline int Shell(const std::string& command) { return std::system(command.c_str()); }
+
+// What `command` writes to its standard output.
+inline std::string ShellOutput(const std::string& command) {
+  std::string out;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
+    pclose(pipe);
+  }
+  return out;
+}
 
 }  // namespace nebro::test

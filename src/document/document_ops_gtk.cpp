@@ -45,7 +45,8 @@ bool SaveTo(const DocumentWindow& w, const std::string& path) {
   const SaveResult result = SaveDocumentFile(path, text, length, w.doc->encoding, w.doc->lockFd);
   if (!result.Ok()) {
     Trace("Nebro: ERROR - Cannot save %s: %s", path.c_str(), result.detail.c_str());
-    ShowMessageBox(w.owner, kMbOk, std::string(kTextCannotSave), std::string(kTitleErrorMangled));
+    ShowMessageBox(w.owner, kMbOk, std::string(kTextCannotSave) + "\n" + SaveFailureReason(result),
+                   std::string(kTitleErrorMangled));
     return false;
   }
   Send(editor, SCI_SETSAVEPOINT);

@@ -108,7 +108,7 @@ TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
   fs::remove_all(folder + "/sub");  // the folder is gone: the save cannot be done
   EXPECT_FALSE(SaveDocument(MainDocumentWindow()));
   ASSERT_EQ(asked.size(), 1u);
-  EXPECT_EQ(asked[0].text, "Cannot save file.");
+  EXPECT_EQ(asked[0].text, "Cannot save file.\nThe folder no longer exists");
   EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D Error");
   EXPECT_TRUE(gMain.doc.modified);
   EXPECT_EQ(Title(), "Nebro - a.txt *");

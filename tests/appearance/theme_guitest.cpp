@@ -59,9 +59,7 @@ TEST_F(ThemeTest, SwitchRepaintsEveryPartOfTheWindowOnScreen) {
 
 TEST_F(ThemeTest, TokensTakeTheColoursOfTheirLanguage) {
   const char* cpp = "int main() { void* p = nullptr; HWND w; return 0; } // done\n";
-  bool loaded = false;
-  LoadAsDocument(MainDocumentWindow(), WriteFile("a.tsx", cpp), [&](bool ok) { loaded = ok; });
-  ASSERT_TRUE(WaitUntil([&] { return loaded; }));
+  ASSERT_TRUE(LoadDocument(WriteFile("a.tsx", cpp)));
   Send(SCI_COLOURISE, 0, -1);
   auto style = [&](const char* word) { return Send(SCI_GETSTYLEAT, std::strstr(cpp, word) - cpp); };
   auto fore = [&](const char* word) { return static_cast<Colour>(Send(SCI_STYLEGETFORE, style(word))); };

@@ -185,37 +185,27 @@ TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
 TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
   TempFolder dir;
   const uint64_t now = 20000000000000000ull;  // some fixed moment, in 100 ns ticks
-  auto make = [&](const std::string& name, uint64_t ageTicks) {
-    const std::string path = dir.Path() + "/" + name;
-    WriteBytes(path, "x");
-    const uint64_t t = now - ageTicks;
-    timespec times[2];
-    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(t / 10000000u);
-    times[0].tv_nsec = times[1].tv_nsec = static_cast<long>(t % 10000000u) * 100;
-    utimensat(AT_FDCWD, path.c_str(), times, 0);
-    return path;
-  };
   const uint64_t hour = 36000000000ull;
-  const auto old = make("temp_20260101_000000_000.pdf", 25 * hour);
-  const auto oldCaps = make("temp_20260101_000000_001.HTML", 25 * hour);
-  const auto oldTxt = make("temp_20260101_000000_002.txt", 25 * hour);
-  const auto docx = make("temp_20260101_000000_003.docx", 25 * hour);
-  const auto fresh = make("temp_20260101_000000_004.pdf", 23 * hour);
-  const auto exact = make("temp_20260101_000000_005.pdf", 24 * hour);
-  const auto other = make("notes_20260101.pdf", 25 * hour);
-  const auto noDot = make("temp_nodot", 25 * hour);
-  fs::create_directory(dir.Path() + "/temp_20260101_000000_006.pdf");
+  const struct {
+    const char* name;
+    uint64_t age;
+    bool kept;
+  } cases[] = {
+      {"temp_20260101_000000_000.pdf", 25 * hour, false},  {"temp_20260101_000000_001.HTML", 25 * hour, false},
+      {"temp_20260101_000000_002.txt", 25 * hour, false},  {"temp_20260101_000000_003.docx", 25 * hour, true},
+      {"temp_20260101_000000_004.pdf", 23 * hour, true},
+      {"temp_20260101_000000_005.pdf", 24 * hour, true},  // exactly 24 hours to the tick is kept
+      {"notes_20260101.pdf", 25 * hour, true},             {"temp_nodot", 25 * hour, true},
+  };
+  for (const auto& c : cases) {
+    WriteBytes(dir / c.name, "x");
+    ASSERT_TRUE(SetFileTime(dir / c.name, static_cast<int64_t>(now - c.age) * 100));
+  }
+  fs::create_directory(dir / "temp_20260101_000000_006.pdf");
 
   CleanupTempFilesIn(dir.Path(), now);
-  EXPECT_FALSE(fs::exists(old));
-  EXPECT_FALSE(fs::exists(oldCaps));
-  EXPECT_FALSE(fs::exists(oldTxt));
-  EXPECT_TRUE(fs::exists(docx));
-  EXPECT_TRUE(fs::exists(fresh));
-  EXPECT_TRUE(fs::exists(exact));  // exactly 24 hours to the tick is kept
-  EXPECT_TRUE(fs::exists(other));
-  EXPECT_TRUE(fs::exists(noDot));
-  EXPECT_TRUE(fs::is_directory(dir.Path() + "/temp_20260101_000000_006.pdf"));
+  for (const auto& c : cases) EXPECT_EQ(fs::exists(dir / c.name), c.kept) << c.name;
+  EXPECT_TRUE(fs::is_directory(dir / "temp_20260101_000000_006.pdf"));
 }
 
 TEST(RecentLists, PushMovesToTheTopAndKeepsTen) {

@@ -1,5 +1,5 @@
 // What GUI tests share: running the main loop until a condition holds, pictures of widgets as
-// they paint themselves, and synthesized pointer events.
+// they paint themselves, and synthesized pointer and key events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -102,6 +102,18 @@ inline void SendButton(GtkWidget* widget, GdkEventType type, int x, int y, unsig
   e->button.y = y;
   e->button.button = button;
   e->button.time = GDK_CURRENT_TIME;
+  Deliver(e);
+}
+
+// A key press delivered to `widget`'s window, as the keyboard's would be.
+inline void SendKey(GtkWidget* widget, guint keyval, unsigned state = 0) {
+  GdkEvent* e = gdk_event_new(GDK_KEY_PRESS);
+  e->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(widget)));
+  e->key.send_event = TRUE;
+  e->key.time = GDK_CURRENT_TIME;
+  e->key.keyval = keyval;
+  e->key.state = state;
+  gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(widget))));
   Deliver(e);
 }
 

@@ -21,14 +21,8 @@ namespace {
 // The pixel at (x, y) of `widget` as the X server shows it; negative coordinates count from the
 // far edge.
 Colour OnScreen(GtkWidget* widget, int x, int y) {
-  if (x < 0) x += gtk_widget_get_allocated_width(widget);
-  if (y < 0) y += gtk_widget_get_allocated_height(widget);
-  gtk_widget_translate_coordinates(widget, gMain.window, x, y, &x, &y);
-  GdkPixbuf* p = gdk_pixbuf_get_from_window(gtk_widget_get_window(gMain.window), x, y, 1, 1);
-  const guchar* px = gdk_pixbuf_read_pixels(p);
-  const Colour c = Rgb(px[0], px[1], px[2]);
-  g_object_unref(p);
-  return c;
+  const Snapshot s(widget, true);
+  return s.At(x < 0 ? x + s.width : x, y < 0 ? y + s.height : y);
 }
 
 using ThemeTest = MainWindowTest;

@@ -13,18 +13,7 @@ using namespace nebro;
 
 namespace {
 
-GtkWidget* FindBox() {
-  GList* top = gtk_window_list_toplevels();
-  GtkWidget* found = nullptr;
-  for (GList* l = top; l; l = l->next) {
-    if (std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == "NebroMessageBox" &&
-        gtk_widget_get_visible(GTK_WIDGET(l->data))) {
-      found = GTK_WIDGET(l->data);
-    }
-  }
-  g_list_free(top);
-  return found;
-}
+GtkWidget* FindBox() { return nebro::testing::FindWindow("NebroMessageBox"); }
 
 // Shows a box and runs `act` on it once it is on screen.
 int ShowAndAct(int kind, const std::string& text, std::function<void(GtkWidget*)> act) {

@@ -119,26 +119,19 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
     return !ok && EncodeSettingsRecord(loaded) == defaults;
   };
 
-  EXPECT_TRUE(loadsDefaults(""));
-  EXPECT_TRUE(loadsDefaults(good.substr(0, good.size() - 1)));  // one byte short
-  EXPECT_TRUE(loadsDefaults(good.substr(0, 10)));               // header cut
-  for (uint32_t version : {14u, 16u}) {
+  auto withVersion = [&good](uint32_t version) {
     std::string v = good;
     std::memcpy(&v[4], &version, 4);
-    EXPECT_TRUE(loadsDefaults(v)) << version;
+    return v;
+  };
+  // Empty, one byte short, the header cut, another version; a flipped byte of the magic, the
+  // size, the checksum or the record.
+  std::vector<std::string> bad = {"", good.substr(0, good.size() - 1), good.substr(0, 10), withVersion(14), withVersion(16)};
+  for (size_t at : {size_t(0), size_t(8), size_t(12), size_t(15), size_t(16), size_t(16 + 158), size_t(16 + 31484), good.size() - 1}) {
+    bad.push_back(good);
+    bad.back()[at] ^= 0x40;
   }
-  std::string size = good;
-  size[8] ^= 1;
-  EXPECT_TRUE(loadsDefaults(size));
-  std::string magic = good;
-  magic[0] = 'X';
-  EXPECT_TRUE(loadsDefaults(magic));
-  // Any single flipped byte of the record or of the checksum.
-  for (size_t at : {size_t(12), size_t(15), size_t(16), size_t(16 + 158), size_t(16 + 31484), good.size() - 1}) {
-    std::string flipped = good;
-    flipped[at] ^= 0x40;
-    EXPECT_TRUE(loadsDefaults(flipped)) << at;
-  }
+  for (const std::string& bytes : bad) EXPECT_TRUE(loadsDefaults(bytes)) << testing::PrintToString(bytes.substr(0, 16));
   EXPECT_FALSE(LoadSettingsFrom(dir.Path() + "/missing.cfg", s));
 
   // Extra bytes behind the record are ignored.
@@ -148,32 +141,23 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
   EXPECT_EQ(loaded.theme, 3u);
 
   // A version-14 file is replaced by a version-15 file at the next save.
-  std::string old = good;
-  const uint32_t v14 = 14;
-  std::memcpy(&old[4], &v14, 4);
-  WriteBytes(path, old);
+  WriteBytes(path, withVersion(14));
   LoadSettingsFrom(path, loaded);
   ASSERT_TRUE(SaveSettingsTo(path, loaded));
-  uint32_t version;
-  std::memcpy(&version, ReadBytes(path).data() + 4, 4);
-  EXPECT_EQ(version, 15u);
+  EXPECT_EQ(ReadBytes(path).substr(4, 4), withVersion(15).substr(4, 4));
 }
 
 TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
   TempFolder dir;
-  SetConfigRoot(dir.Path() + "/cfg");
+  SetConfigRoot(dir.Path() + "/cfg");  // (the folder and the file in it: every GUI and start-up test)
   EXPECT_EQ(GetSettingsFolder(), dir.Path() + "/cfg/Nebro");
-  EXPECT_TRUE(fs::is_directory(dir.Path() + "/cfg/Nebro"));
-  EXPECT_EQ(GetSettingsFilePath(), dir.Path() + "/cfg/Nebro/nebro.cfg");
 
   const std::string pdf = MakeTempPdfPath();
   const std::string prefix = dir.Path() + "/cfg/Nebro/temp_";
   ASSERT_EQ(pdf.rfind(prefix, 0), 0u) << pdf;
   const std::string name = pdf.substr(prefix.size());
-  ASSERT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
-  EXPECT_EQ(name[8], '_');
-  EXPECT_EQ(name[15], '_');
-  EXPECT_EQ(name.substr(19), ".pdf");
+  EXPECT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
+  EXPECT_EQ(name.substr(8, 1) + name.substr(15, 1) + name.substr(19), "__.pdf") << name;
 
   // No root at all: the bare name in the current directory.
   SetConfigRoot("");

@@ -154,6 +154,7 @@ class ContextMenuGui : public nebro::testing::MainWindowTest {
     width = 700;
     height = 500;
     answer = kMbResultSaveOrYes;
+    boxesExpected = true;
     gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   }
   void SetUp() override {

@@ -32,6 +32,7 @@ class DocumentOps : public nebro::testing::MainWindowTest {
   void Configure() override {
     width = 600;
     height = 400;
+    boxesExpected = true;
   }
   std::string Title() { return gtk_window_get_title(GTK_WINDOW(gMain.window)); }
 };

@@ -54,6 +54,7 @@ class MainWindowTest : public ::testing::Test {
   }
 
   void TearDown() override {
+    if (!boxesExpected && !asked.empty()) ADD_FAILURE() << "unexpected message box: " << asked[0].text;
     ResetMainWindowState();
     Pump();
     std::filesystem::remove_all(folder);
@@ -97,7 +98,8 @@ class MainWindowTest : public ::testing::Test {
 
   std::string folder;
   int width = 900, height = 600;
-  // Every message box the window shows, answered from `answers` in turn, then with `answer`.
+  // Every message box the window shows, answered from `answers` in turn, then with `answer`; a
+  // box in a test that does not expect any fails it.
   struct Asked {
     int kind;
     std::string text, title;
@@ -105,6 +107,7 @@ class MainWindowTest : public ::testing::Test {
   std::vector<Asked> asked;
   std::vector<int> answers;
   int answer = kMbResultCancel;
+  bool boxesExpected = false;
 };
 
 }  // namespace nebro::testing

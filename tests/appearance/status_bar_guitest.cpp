@@ -71,9 +71,7 @@ TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
       {"wide.txt", std::string("\xFE\xFF\0a\0\r\0\n\0b", 10), "  UTF-16 BE", "  CRLF"},
       {"old.txt", "\xEF\xBB\xBFone\rtwo\r", "  UTF-8 BOM", "  CR"}};
   for (const auto& f : files) {
-    bool loaded = false;
-    LoadAsDocument(MainDocumentWindow(), WriteFile(f.name, f.bytes), [&](bool ok) { loaded = ok; });
-    ASSERT_TRUE(WaitUntil([&] { return loaded; }));
+    ASSERT_TRUE(LoadDocument(WriteFile(f.name, f.bytes)));
     ExpectShows(2, f.encoding);
     ExpectShows(3, f.ends);
   }

@@ -25,14 +25,8 @@ namespace {
 // The pixel at (x, y) of `widget` as the X server shows it; negative coordinates count from the
 // far edge.
 Colour OnScreen(GtkWidget* widget, int x, int y) {
-  if (x < 0) x += gtk_widget_get_allocated_width(widget);
-  if (y < 0) y += gtk_widget_get_allocated_height(widget);
-  gtk_widget_translate_coordinates(widget, gMain.window, x, y, &x, &y);
-  GdkPixbuf* p = gdk_pixbuf_get_from_window(gtk_widget_get_window(gMain.window), x, y, 1, 1);
-  const guchar* px = gdk_pixbuf_read_pixels(p);
-  const Colour c = Rgb(px[0], px[1], px[2]);
-  g_object_unref(p);
-  return c;
+  const Snapshot s(widget, true);
+  return s.At(x < 0 ? x + s.width : x, y < 0 ? y + s.height : y);
 }
 
 using ThemeTest = MainWindowTest;
@@ -63,9 +57,7 @@ TEST_F(ThemeTest, SwitchRepaintsEveryPartOfTheWindowOnScreen) {
 
 TEST_F(ThemeTest, TokensTakeTheColoursOfTheirLanguage) {
   const char* cpp = "int main() { void* p = nullptr; HWND w; return 0; } // done\n";
-  bool loaded = false;
-  LoadAsDocument(MainDocumentWindow(), WriteFile("a.tsx", cpp), [&](bool ok) { loaded = ok; });
-  ASSERT_TRUE(WaitUntil([&] { return loaded; }));
+  ASSERT_TRUE(LoadDocument(WriteFile("a.tsx", cpp)));
   Send(SCI_COLOURISE, 0, -1);
   auto style = [&](const char* word) { return Send(SCI_GETSTYLEAT, std::strstr(cpp, word) - cpp); };
   auto fore = [&](const char* word) { return static_cast<Colour>(Send(SCI_STYLEGETFORE, style(word))); };

@@ -92,8 +92,10 @@ bool SaveDocumentAs(const DocumentWindow& w) {
   GtkFileChooserNative* dialog = gtk_file_chooser_native_new(
       std::string(kSaveAsDialogTitle).c_str(), w.owner, GTK_FILE_CHOOSER_ACTION_SAVE, "_Save", "_Cancel");
   gtk_file_chooser_set_do_overwrite_confirmation(GTK_FILE_CHOOSER(dialog), TRUE);
-  AddChooserFilters(GTK_FILE_CHOOSER(dialog), Filters(kSaveAsFilters));
   if (!w.doc->path.empty()) gtk_file_chooser_set_filename(GTK_FILE_CHOOSER(dialog), w.doc->path.c_str());
+  // After the name: the box then shows the document's own type rather than nothing.
+  const std::vector<ChooserFilter> filters = Filters(kSaveAsFilters);
+  AddChooserFilters(GTK_FILE_CHOOSER(dialog), filters, FilterForFile(filters, w.doc->path));
   std::string path = RunFileChooser(dialog);
   if (path.empty()) return false;
   const size_t slash = path.rfind('/');

@@ -77,6 +77,11 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
         appearance::UpdateMargin(gMain.margin);
         UpdateStatus();
         break;
+      case SCN_PAINTED:
+        // The line is counted on the screen, and wrapping lays lines out again after the
+        // change that caused it (Word Wrap, a narrower window) without a UI update.
+        UpdateStatus();
+        break;
       default:
         break;
     }

@@ -50,6 +50,8 @@ bool SaveTo(const DocumentWindow& w, const std::string& path) {
     return false;
   }
   Send(editor, SCI_SETSAVEPOINT);
+  // Saves write UTF-8: from now on the document describes the file as it is on disk.
+  if (w.doc->encoding != TextEncoding::Utf8Bom) w.doc->encoding = TextEncoding::Utf8;
   const bool renamed = path != w.doc->path;
   if (renamed) appearance::SetupLexer(editor, path);  // a new name may mean a new language
   DocumentBecame(w, path);

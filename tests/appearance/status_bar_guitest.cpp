@@ -64,6 +64,16 @@ TEST_F(StatusBarTest, TextsFollowTheCaretTheSelectionAndTheZoom) {
     Pump(gMain.window);
     ExpectShows(0, "  Ln 111, Col 4");
   }
+
+  // Wrapping lays the lines out again after the command: the line follows the new layout.
+  if (settings::gSettings.wordWrap) ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  SetText(std::string(600, 'w') + "\n" + std::string(600, 'x') + "\nthird " + std::string(300, 'y'));
+  Send(SCI_GOTOPOS, Send(SCI_POSITIONFROMLINE, 2) + 204);
+  ExpectShows(0, "  Ln 3, Col 205");
+  ASSERT_TRUE(DispatchCommand(kCmdWordWrap));  // on: the two long lines take several rows
+  EXPECT_TRUE(WaitUntil([&] { return StatusBarTexts(gMain.statusBar)[0] != "  Ln 3, Col 205"; }, 5));
+  ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  ExpectShows(0, "  Ln 3, Col 205");
 }
 
 TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
@@ -74,6 +84,9 @@ TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
     ASSERT_TRUE(LoadDocument(WriteFile(f.name, f.bytes)));
     ExpectShows(2, f.encoding);
     ExpectShows(3, f.ends);
+    // A save writes UTF-8 (keeping a byte-order mark): the bar describes the file on disk.
+    ASSERT_TRUE(SaveDocument(MainDocumentWindow()));
+    ExpectShows(2, f.bytes[0] == '\xEF' ? "  UTF-8 BOM" : "  UTF-8");
   }
   ASSERT_TRUE(DispatchCommand(kCmdNew));
   ExpectShows(2, "  UTF-8");

@@ -185,7 +185,9 @@ void CheckDocumentOnActivation(const DocumentWindow& w) {
   if (answer == kAnswerSave) {
     SaveDocument(w);
   } else if (answer == kAnswerDontSave) {
+    // The text now lives only in memory: it stays unsaved until the user saves or drops it.
     w.doc->path.clear();
+    w.doc->modified = true;
     CloseDocumentLock(*w.doc);
     if (w.changed) w.changed();
   }

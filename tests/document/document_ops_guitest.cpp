@@ -120,7 +120,13 @@ TEST_F(DocumentOps, ActivationOffersToWriteBackAGoneFile) {
   CheckDocumentOnActivation(MainDocumentWindow());
   EXPECT_EQ(gMain.doc.path, "");
   EXPECT_EQ(Text(), "keep me");
-  EXPECT_EQ(Title(), "Nebro - Untitled");
+  // The text now exists nowhere on disk: it counts as unsaved, and New asks before dropping it.
+  EXPECT_EQ(Title(), "Nebro - Untitled *");
+  answers = {kMbResultCancel};
+  EXPECT_TRUE(DispatchCommand(kCmdNew));
+  ASSERT_EQ(asked.size(), 3u);
+  EXPECT_EQ(asked[2].text, "Save changes to \"Untitled\"?");
+  EXPECT_EQ(Text(), "keep me");
 }
 
 TEST_F(DocumentOps, RecentFilesCommands) {

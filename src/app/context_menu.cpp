@@ -4,6 +4,7 @@
 #include "common/command_table.h"
 #include "common/utf.h"
 #include "document/document_questions.h"
+#include "document/file_load.h"
 #include "export/export_rules.h"
 
 namespace nebro::app {
@@ -65,6 +66,7 @@ std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
     items.push_back(Submenu(RecentFileMenuLabel(i, entry, exists),
                             {Item("Open", "", kCmdRecentOpenFirst + i, !exists),
                              Item("Remove from list", "", kCmdRecentRemoveFirst + i)}));
+    items.back().tooltip = document::DisplayableUtf8(Utf16ToUtf8(entry));
   }
   if (!any) items.push_back(Item("(empty)", "", 0, true));
   items.push_back(Separator());

@@ -100,6 +100,11 @@ TEST(ContextMenuModel, RecentFilesEntries) {
   EXPECT_EQ(recent.items[4].label, "5.  file4.txt  \xE2\x8A\x97");
   EXPECT_EQ(recent.items[5].label, "7.  file6.txt");
   EXPECT_EQ(recent.items[8].label, ":.  file9.txt");  // the tenth: '1' + 9
+  // Two files of one name from different folders: the tooltip names the folder.
+  s.recentFiles[1] = u"/elsewhere/file0.txt";
+  const app::ContextMenuItem twins = Find(BuildContextMenu(s), "Recent Files");
+  EXPECT_EQ(twins.items[0].tooltip, "/docs/file0.txt");
+  EXPECT_EQ(twins.items[1].tooltip, "/elsewhere/file0.txt");
   for (int at = 0; at < 9; ++at) {
     const int i = at < 5 ? at : at + 1;
     const app::ContextMenuItem& entry = recent.items[at];

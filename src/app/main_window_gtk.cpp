@@ -214,7 +214,11 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   if (gMain.statusBar) gtk_box_pack_start(GTK_BOX(box), gMain.statusBar, FALSE, FALSE, 0);
 
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
-  Send(editor, SCI_SETMARGINWIDTHN, 0, 0);
+  // Scintilla's own margins stay closed (the line numbers are a widget of ours; its symbol
+  // margin would show as a grey strip), and the text keeps a little room from the edges.
+  for (int m = 0; m <= 4; ++m) Send(editor, SCI_SETMARGINWIDTHN, m, 0);
+  Send(editor, SCI_SETMARGINLEFT, 0, 4);
+  Send(editor, SCI_SETMARGINRIGHT, 0, 4);
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);
 
   if (gViewerMode) {

@@ -8,6 +8,7 @@
 #include "appearance/current_theme.h"
 #include "appearance/theme_gtk.h"
 #include "appearance/toolbar.h"
+#include "common/command_ids.h"
 #include "document/document_ops_gtk.h"
 #include "settings/settings.h"
 #include "support/main_window_fixture.h"
@@ -53,6 +54,23 @@ TEST_F(ThemeTest, SwitchRepaintsEveryPartOfTheWindowOnScreen) {
   EXPECT_EQ(saved.theme, kThemeCount - 1);
   SetTheme(kThemeCount, true);
   EXPECT_EQ(CurrentThemeId(), kThemeCount - 1);
+}
+
+TEST_F(ThemeTest, TextKeepsItsDistanceFromTheEdges) {
+  // A full block at the start of every line: its ink must not touch the editor's left edge,
+  // with any language and with the line numbers on or off.
+  for (const char* name : {"plain.txt", "code.cpp"}) {
+    // The caret's line has a background of its own: the block sits on the line below it.
+    ASSERT_TRUE(LoadDocument(WriteFile(name, "\n\xE2\x96\x88\xE2\x96\x88 block\n")));
+    const int y = static_cast<int>(Send(SCI_TEXTHEIGHT, 0) * 3 / 2);
+    for (int lineNumbers = 0; lineNumbers < 2; ++lineNumbers) {
+      ASSERT_TRUE(DispatchCommand(kCmdLineNumbers));
+      PaintAndWait(gMain.window);
+      const Colour paper = GetThemeColors().editorBackground;
+      EXPECT_TRUE(WaitUntil([&] { return OnScreen(gMain.editor, 2, y) == paper && OnScreen(gMain.editor, 6, y) != paper; }, 5))
+          << name << ": at 2 px " << std::hex << OnScreen(gMain.editor, 2, y) << ", at 6 px " << OnScreen(gMain.editor, 6, y);
+    }
+  }
 }
 
 TEST_F(ThemeTest, TokensTakeTheColoursOfTheirLanguage) {

@@ -175,7 +175,8 @@ gboolean OnButtonRelease(GtkWidget* widget, GdkEventButton* event, gpointer) {
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
   GtkWidget* widget = gtk_drawing_area_new();
   gtk_widget_set_name(widget, "NebroToolbar");
-  gtk_widget_set_size_request(widget, -1, kToolbarHeight);
+  // Every button whole, with a gap on either side: this sets how narrow the window may get.
+  gtk_widget_set_size_request(widget, kToolbarRowWidth + 2 * kToolbarButtonGap, kToolbarHeight);
   gtk_widget_add_events(widget, GDK_POINTER_MOTION_MASK | GDK_LEAVE_NOTIFY_MASK | GDK_BUTTON_PRESS_MASK |
                                     GDK_BUTTON_RELEASE_MASK);
   auto* state = new ToolbarWidgetState{MakeToolbar(commands), std::move(sink)};

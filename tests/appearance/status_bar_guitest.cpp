@@ -5,6 +5,8 @@
 #include "appearance/current_theme.h"
 #include "appearance/status_bar_gtk.h"
 #include "appearance/theme_gtk.h"
+#include "appearance/toolbar.h"
+#include "gtk/object_ptr_gtk.h"
 #include "common/command_ids.h"
 #include "document/document_ops_gtk.h"
 #include "support/main_window_fixture.h"
@@ -116,4 +118,21 @@ TEST_F(StatusBarTest, PaintsItsPartsInTheThemeColours) {
     }
     EXPECT_LT(ink, 100) << "part " << i;
   }
+}
+
+TEST_F(StatusBarTest, ANarrowWindowKeepsTheZoomAndEveryButtonOnScreen) {
+  gtk_window_resize(GTK_WINDOW(gMain.window), 400, 400);
+  ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(gMain.statusBar) < 900; }, 5));
+  PaintAndWait(gMain.window);
+  const int width = gtk_widget_get_allocated_width(gMain.statusBar);
+  // The zoom part starts where the fourth part ends and needs room for "  100%".
+  const auto edges = StatusBarPartEdges(gMain.statusBar);
+  GObjectPtr<PangoLayout> zoom(gtk_widget_create_pango_layout(gMain.statusBar, "  100%"));
+  int zoomWidth = 0, h = 0;
+  pango_layout_get_pixel_size(zoom.get(), &zoomWidth, &h);
+  EXPECT_LE(edges[kStatusPartCount - 2] + zoomWidth, width - 16) << "status bar " << width << " px";
+  const int toolbar = gtk_widget_get_allocated_width(gMain.toolbar);
+  Toolbar buttons = MakeToolbar(gMain.commands);
+  LayoutToolbar(buttons, toolbar);
+  EXPECT_LE(buttons.buttons.back().rect.right, toolbar) << "toolbar " << toolbar << " px";
 }

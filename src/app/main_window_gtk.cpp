@@ -5,6 +5,7 @@
 #include "app/startup_rules.h"
 #include "app/typewriter_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
+#include "appearance/lexer_setup_gtk.h"
 #include "appearance/line_numbers_gtk.h"
 #include "appearance/reading_look_gtk.h"
 #include "appearance/status_bar_gtk.h"
@@ -216,7 +217,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
   // Scintilla's own margins stay closed (the line numbers are a widget of ours; its symbol
   // margin would show as a grey strip), and the text keeps a little room from the edges.
-  for (int m = 0; m <= 4; ++m) Send(editor, SCI_SETMARGINWIDTHN, m, 0);
+  appearance::HideOwnMargins(editor);
   Send(editor, SCI_SETMARGINLEFT, 0, 4);
   Send(editor, SCI_SETMARGINRIGHT, 0, 4);
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);

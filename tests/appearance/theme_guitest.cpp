@@ -48,6 +48,28 @@ TEST_F(ThemeTest, SwitchRepaintsEveryPartOfTheWindowOnScreen) {
       EXPECT_TRUE(WaitUntil([&] { return OnScreen(widget, x, y) == colour; }, 5)) << gtk_widget_get_name(widget) << " shows " << std::hex << OnScreen(widget, x, y);
     }
   }
+  // GTK's own parts (scroll bars, file dialogs) take the light or dark look of the theme, and the
+  // scroll bars its colours.
+  std::string lines;
+  for (int i = 0; i < 200; ++i) lines += "line\n";
+  SetText(lines);
+  GtkWidget* scrollbar = nullptr;
+  gtk_container_forall(GTK_CONTAINER(gMain.editor), [](GtkWidget* child, gpointer found) {
+    if (GTK_IS_SCROLLBAR(child) && gtk_orientable_get_orientation(GTK_ORIENTABLE(child)) == GTK_ORIENTATION_VERTICAL)
+      *static_cast<GtkWidget**>(found) = child;
+  }, &scrollbar);
+  ASSERT_TRUE(scrollbar);
+  for (ThemeId id = 0; id < kThemeCount; ++id) {
+    SCOPED_TRACE(ThemeName(id));
+    SetTheme(id, true);
+    gboolean dark = FALSE;
+    g_object_get(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", &dark, nullptr);
+    EXPECT_EQ(dark != FALSE, ThemeColorsFor(id).isDark);
+    const Colour trough = ThemeColorsFor(id).editorBackground;
+    EXPECT_TRUE(WaitUntil([&] { return gtk_widget_get_mapped(scrollbar) && OnScreen(scrollbar, -3, -3) == trough; }, 5))
+        << "the trough shows " << std::hex << OnScreen(scrollbar, -3, -3);
+  }
+
   // The choice is saved at once; a number past the last theme is ignored.
   AppSettings saved;
   ASSERT_TRUE(LoadSettingsFrom(GetSettingsFilePath(), saved));
@@ -111,4 +133,16 @@ TEST_F(UnchosenTheme, GivesWayToTheDesktopPreferenceAsTheWindowOpens) {
   Snapshot margin(gMain.margin), status(gMain.statusBar);
   EXPECT_EQ(margin.At(1, margin.height - 2), c.lineNumberBackground);
   EXPECT_EQ(status.At(200, status.height - 2), c.marginBackground);
+}
+
+// A light theme kept from the last run gives GTK's own parts (scroll bars, file dialogs) the
+// light look from the first paint.
+class StoredAzure : public MainWindowTest {
+  void Configure() override { gSettings.theme = 2; }
+};
+
+TEST_F(StoredAzure, StartsWithTheLightLookOfGtk) {
+  gboolean dark = TRUE;
+  g_object_get(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", &dark, nullptr);
+  EXPECT_FALSE(dark);
 }

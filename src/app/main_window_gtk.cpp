@@ -55,6 +55,19 @@ void UpdateStatus() { appearance::UpdateStatusBar(gMain.statusBar, gMain.doc.enc
 
 void RefreshToolbar() { appearance::RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
 
+// Opens the first file of a dropped URI list; the others are ignored.
+void OpenFirstDroppedFile(gchar** uris) {
+  if (!uris || !uris[0]) return;
+  GCharPtr file(g_filename_from_uri(uris[0], nullptr, nullptr));
+  if (!file) return;
+  // After the drop has finished, so the questions of an unsaved document do not hold it open.
+  g_idle_add([](gpointer p) -> gboolean {
+    std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
+    if (gMain.window && !gMain.destroyed) document::OpenDroppedFile(MainDocumentWindow(), *dropped);
+    return G_SOURCE_REMOVE;
+  }, new std::string(file.get()));
+}
+
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;
   try {
@@ -78,6 +91,12 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
         appearance::UpdateMargin(gMain.margin);
         UpdateStatus();
         break;
+      case SCN_URIDROPPED: {
+        // Files dropped on the text arrive from the editor as a URI list.
+        GStrvPtr uris(g_uri_list_extract_uris(n->text));
+        OpenFirstDroppedFile(uris.get());
+        break;
+      }
       case SCN_PAINTED:
         // The line is counted on the screen, and wrapping lays lines out again after the
         // change that caused it (Word Wrap, a narrower window) without a UI update.
@@ -113,20 +132,8 @@ void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
 void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSelectionData* data, guint,
                         guint time, gpointer) {
   GStrvPtr uris(gtk_selection_data_get_uris(data));
-  std::string path;
-  if (uris && uris.get()[0]) {
-    // Only the first dropped file counts.
-    GCharPtr file(g_filename_from_uri(uris.get()[0], nullptr, nullptr));
-    if (file) path = file.get();
-  }
-  gtk_drag_finish(context, !path.empty(), FALSE, time);
-  if (!path.empty()) {
-    g_idle_add([](gpointer p) -> gboolean {
-      std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
-      if (gMain.window && !gMain.destroyed) document::OpenDroppedFile(MainDocumentWindow(), *dropped);
-      return G_SOURCE_REMOVE;
-    }, new std::string(path));
-  }
+  gtk_drag_finish(context, uris && uris.get()[0], FALSE, time);
+  OpenFirstDroppedFile(uris.get());
 }
 
 void FollowTheme() {

@@ -120,7 +120,9 @@ gboolean OnEditorKey(GtkWidget*, GdkEventKey* event, gpointer) {
 }
 
 void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
-  if (gtk_window_is_active(GTK_WINDOW(window))) {
+  if (!gtk_window_is_active(GTK_WINDOW(window))) {
+    document::DocumentWindowDeactivated();
+  } else {
     // After the activation has settled, so a box shown from here does not fight it.
     g_idle_add([](gpointer) -> gboolean {
       if (gMain.window && !gMain.destroyed) document::CheckDocumentOnActivation(MainDocumentWindow());
@@ -313,6 +315,7 @@ void DestroyMainWindow() {
 }
 
 void ResetMainWindowState() {
+  document::DocumentWindowDeactivated();
   if (gMain.window) {
     document::CloseDocumentLock(gMain.doc);
     document::RestartAutoSaveTimer(MainDocumentWindow(), 0);

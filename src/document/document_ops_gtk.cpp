@@ -24,6 +24,9 @@ using namespace sci;
 
 guint autoSaveTimer = 0;
 bool activationCheckRunning = false;
+// Set once the check has asked: the box's own closing gives the activation back, which is not
+// the user coming back to the window. Leaving the window for another program re-arms it.
+bool askedThisActivation = false;
 
 template <size_t N>
 std::vector<ChooserFilter> Filters(const FileFilter (&filters)[N]) {
@@ -175,13 +178,18 @@ void OpenDroppedFile(const DocumentWindow& w, const std::string& path) {
 }
 
 void CheckDocumentOnActivation(const DocumentWindow& w) {
-  if (w.doc->viewerMode || w.doc->path.empty() || activationCheckRunning) return;
+  // Questions never stack: while any box is open, the check waits for the next activation.
+  if (w.doc->viewerMode || w.doc->path.empty() || activationCheckRunning || askedThisActivation ||
+      OpenMessageBoxes() > 0) {
+    return;
+  }
   const DiskStatus status = CheckDocumentOnDisk(w.doc->path);
   const DocumentQuestion q = FileChangedQuestion(w.doc->path, status);
   if (!q.ask) return;
   activationCheckRunning = true;  // the box itself takes and gives back the activation
   const int answer = PromptAnswer(ShowMessageBox(w.owner, kMbSaveDontSaveCancel, q.text, std::string(q.title)));
   activationCheckRunning = false;
+  askedThisActivation = true;
   if (answer == kAnswerSave) {
     SaveDocument(w);
   } else if (answer == kAnswerDontSave) {
@@ -191,6 +199,11 @@ void CheckDocumentOnActivation(const DocumentWindow& w) {
     CloseDocumentLock(*w.doc);
     if (w.changed) w.changed();
   }
+}
+
+void DocumentWindowDeactivated() {
+  // The deactivations that our own boxes cause do not count.
+  if (!activationCheckRunning && OpenMessageBoxes() == 0) askedThisActivation = false;
 }
 
 void AutoSaveTick(const DocumentWindow& w) {

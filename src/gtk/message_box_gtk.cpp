@@ -11,6 +11,13 @@ namespace nebro {
 namespace {
 
 MessageBoxHook hook;
+int openBoxes = 0;
+
+// Counts a box as open for as long as it exists, whoever answers it.
+struct OpenBox {
+  OpenBox() { ++openBoxes; }
+  ~OpenBox() { --openBoxes; }
+};
 
 // Background and text colours are made once per theme and reused until the theme changes.
 int brushTheme = -1;
@@ -94,7 +101,10 @@ void SetMessageBoxHook(MessageBoxHook h) { hook = std::move(h); }
 
 int MessageBoxBrushTheme() { return brushTheme; }
 
+int OpenMessageBoxes() { return openBoxes; }
+
 int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const std::string& title) {
+  const OpenBox open;
   if (hook) return hook(kind, text, title);
 
   BoxState state{kind};
@@ -104,6 +114,8 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   gtk_window_set_modal(GTK_WINDOW(window), TRUE);
   gtk_window_set_resizable(GTK_WINDOW(window), FALSE);
   gtk_window_set_type_hint(GTK_WINDOW(window), GDK_WINDOW_TYPE_HINT_DIALOG);
+  // Screen readers announce a dialog (and read its text) where they would pass over a frame.
+  if (AtkObject* a11y = gtk_widget_get_accessible(window)) atk_object_set_role(a11y, ATK_ROLE_DIALOG);
   if (owner) {
     gtk_window_set_transient_for(GTK_WINDOW(window), owner);
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER_ON_PARENT);

@@ -114,18 +114,33 @@ TEST_F(DocumentOps, ActivationOffersToWriteBackAGoneFile) {
   ASSERT_EQ(asked.size(), 1u);
   EXPECT_EQ(asked[0].text, "\"gone.txt\" was deleted from disk.\n\nDo you want to save it to the original location?");
   EXPECT_EQ(asked[0].title, "Nebro \xC3\xA2\xE2\x82\xAC\xE2\x80\x9D File Changed");
-  EXPECT_EQ(gMain.doc.path, path);  // Cancel: asked again next time
-
-  answers = {kMbResultDontSaveOrNo};
+  EXPECT_EQ(gMain.doc.path, path);
+  // Cancel: not asked again until the user has left the window and come back.
   CheckDocumentOnActivation(MainDocumentWindow());
+  EXPECT_EQ(asked.size(), 1u);
+  DocumentWindowDeactivated();
+  // Questions never stack: an activation while a question is open waits.
+  SetMessageBoxHook([&](int, const std::string& text, const std::string&) {
+    asked.push_back({0, text, ""});
+    if (asked.size() == 2) CheckDocumentOnActivation(MainDocumentWindow());
+    return asked.size() == 2 ? kMbResultCancel : kMbResultDontSaveOrNo;
+  });
+  EXPECT_FALSE(ConfirmLeavingDocument(MainDocumentWindow()));
+  ASSERT_EQ(asked.size(), 2u);
+  EXPECT_EQ(asked[1].text, "\"gone.txt\" was deleted from disk while open in Nebro.\nDo you want to restore it to the original location?");
+
+  CheckDocumentOnActivation(MainDocumentWindow());  // Don't Save
   EXPECT_EQ(gMain.doc.path, "");
   EXPECT_EQ(Text(), "keep me");
   // The text now exists nowhere on disk: it counts as unsaved, and New asks before dropping it.
   EXPECT_EQ(Title(), "Nebro - Untitled *");
-  answers = {kMbResultCancel};
+  SetMessageBoxHook([&](int, const std::string& text, const std::string&) {
+    asked.push_back({0, text, ""});
+    return kMbResultCancel;
+  });
   EXPECT_TRUE(DispatchCommand(kCmdNew));
-  ASSERT_EQ(asked.size(), 3u);
-  EXPECT_EQ(asked[2].text, "Save changes to \"Untitled\"?");
+  ASSERT_EQ(asked.size(), 4u);
+  EXPECT_EQ(asked[3].text, "Save changes to \"Untitled\"?");
   EXPECT_EQ(Text(), "keep me");
 }
 

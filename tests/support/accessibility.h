@@ -74,8 +74,11 @@ class AccessibilityProbe {
   static void CloseDialogs() {
     GList* windows = gtk_window_list_toplevels();
     for (GList* l = windows; l; l = l->next) {
-      if (GTK_IS_DIALOG(l->data) && gtk_widget_get_visible(GTK_WIDGET(l->data))) {
+      if (!gtk_widget_get_visible(GTK_WIDGET(l->data))) continue;
+      if (GTK_IS_DIALOG(l->data)) {
         gtk_dialog_response(GTK_DIALOG(l->data), GTK_RESPONSE_CANCEL);
+      } else if (gtk_window_get_modal(GTK_WINDOW(l->data))) {
+        gtk_window_close(GTK_WINDOW(l->data));  // our message boxes take closing as Cancel
       }
     }
     g_list_free(windows);

@@ -72,7 +72,7 @@ gboolean OnButtonDraw(GtkWidget* button, cairo_t* cr, gpointer data) {
   const bool focused = gtk_widget_has_focus(button);
   ButtonLook look{pressed ? t.buttonFacePressed : t.buttonFace,
                   focused ? t.buttonFocusBorder : t.pressedBackground,
-                  focused ? t.strongText : t.controlText};
+                  focused ? t.strongText : t.controlText, focused};
   DrawPushButton(button, cr, look, MessageBoxLabel(state->kind, id));
   return TRUE;
 }
@@ -143,15 +143,26 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   gtk_fixed_put(GTK_FIXED(fixed), label, px(kMbMargin, du.x), px(kMbMargin, du.y));
 
   GtkWidget* first = nullptr;
+  // Sizes and gaps are rounded to pixels once, so every button and every gap come out equal.
+  const int buttonWidth = px(kMbButtonWidth, du.x);
+  const int gap = layout.buttons.size() > 1
+                      ? px(layout.buttons[1].x - layout.buttons[0].x - kMbButtonWidth, du.x)
+                      : 0;
+  int x = layout.buttons.empty() ? 0 : px(layout.buttons[0].x, du.x);
   for (const MessageBoxButton& b : layout.buttons) {
-    GtkWidget* button = gtk_button_new_with_label(b.label);
+    // No label child: the face is drawn by OnButtonDraw, and GTK's own label would widen a
+    // button with a long label ("Don't Save") past its place, onto its neighbour.
+    GtkWidget* button = gtk_button_new();
+    if (AtkObject* a11y = gtk_widget_get_accessible(button)) atk_object_set_name(a11y, b.label);
     gtk_widget_set_name(button, std::to_string(b.id).c_str());
+    SetWidgetCss(button, "button { padding: 0; min-width: 0; min-height: 0; }");
     g_object_set_data(G_OBJECT(button), "nebro-id", GINT_TO_POINTER(b.id));
-    gtk_widget_set_size_request(button, px(kMbButtonWidth, du.x), px(kMbButtonHeight, du.y));
+    gtk_widget_set_size_request(button, buttonWidth, px(kMbButtonHeight, du.y));
     gtk_widget_set_can_focus(button, TRUE);
     g_signal_connect(button, "draw", G_CALLBACK(OnButtonDraw), &state);
     g_signal_connect(button, "clicked", G_CALLBACK(OnButtonClicked), &state);
-    gtk_fixed_put(GTK_FIXED(fixed), button, px(b.x, du.x), px(layout.buttonTop, du.y));
+    gtk_fixed_put(GTK_FIXED(fixed), button, x, px(layout.buttonTop, du.y));
+    x += buttonWidth + gap;
     if (!first) first = button;
   }
 

@@ -78,3 +78,23 @@ TEST(MessageBoxGui, BackgroundFollowsTheThemeAfterASwitch) {
   EXPECT_EQ(seen, ThemeColorsFor(5).dialogBackground);
   EXPECT_EQ(MessageBoxBrushTheme(), 5);
 }
+
+TEST(MessageBoxGui, ButtonsHaveOneWidthAndOneGapAndTheFocusShows) {
+  SetDefaultSettings(gSettings);
+  for (ThemeId theme : {ThemeId{0}, ThemeId{1}}) {
+    gSettings.theme = theme;
+    ShowAndAct(kMbSaveDontSaveCancel, "Save changes to \"notes.txt\"?", [](GtkWidget* box) {
+      GtkAllocation a[3];
+      for (int i = 0; i < 3; ++i) gtk_widget_get_allocation(FindChildByName(box, std::to_string(2501 + i).c_str()), &a[i]);
+      EXPECT_EQ(a[0].width, a[1].width);  // "Don't Save" is no wider than the others
+      EXPECT_EQ(a[1].width, a[2].width);
+      EXPECT_EQ(a[1].x - (a[0].x + a[0].width), a[2].x - (a[1].x + a[1].width));
+      EXPECT_GT(a[2].x - (a[1].x + a[1].width), 0);
+      // The focused button (the first) differs from an unfocused one where the ring runs.
+      nebro::testing::PaintAndWait(box);
+      const nebro::testing::Snapshot focused(FindChildByName(box, "2501")), plain(FindChildByName(box, "2503"));
+      EXPECT_GT(nebro::testing::ColourDistance(focused.At(3, focused.height / 2), plain.At(3, plain.height / 2)), 100);
+      PressKey(box, GDK_KEY_Escape);
+    });
+  }
+}

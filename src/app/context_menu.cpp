@@ -55,6 +55,17 @@ std::vector<ContextMenuItem> TransparencyItems(int current) {
   return items;
 }
 
+// Commands whose window is not built yet are greyed and say so.
+void MarkNotBuilt(std::vector<ContextMenuItem>& items, const CommandTable& commands) {
+  for (ContextMenuItem& item : items) {
+    MarkNotBuilt(item.items, commands);
+    if (item.command != 0 && CommandNotBuilt(commands, item.command)) {
+      item.greyed = true;
+      item.tooltip = kNotBuiltText;
+    }
+  }
+}
+
 std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
   std::vector<ContextMenuItem> items;
   bool any = false;
@@ -122,6 +133,7 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const C
   menu.push_back(Separator());
   menu.push_back(Keyed("New", kCmdNew));
   menu.push_back(Keyed("Open...", kCmdOpen));
+  MarkNotBuilt(menu, commands);
   return menu;
 }
 

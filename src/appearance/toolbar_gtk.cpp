@@ -170,6 +170,19 @@ gboolean OnButtonRelease(GtkWidget* widget, GdkEventButton* event, gpointer) {
   return TRUE;
 }
 
+// A button whose window is not built yet says so when the pointer rests on it.
+gboolean OnQueryTooltip(GtkWidget* widget, gint x, gint y, gboolean, GtkTooltip* tooltip, gpointer) {
+  const Toolbar* t = StateOf(widget);
+  if (!t) return FALSE;
+  for (const ToolbarButton& b : t->buttons) {
+    if (!b.built && b.rect.Contains(x, y)) {
+      gtk_tooltip_set_text(tooltip, kNotBuiltText);
+      return TRUE;
+    }
+  }
+  return FALSE;
+}
+
 }  // namespace
 
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
@@ -188,6 +201,8 @@ GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) 
   g_signal_connect(widget, "leave-notify-event", G_CALLBACK(OnLeave), nullptr);
   g_signal_connect(widget, "button-press-event", G_CALLBACK(OnButtonPress), nullptr);
   g_signal_connect(widget, "button-release-event", G_CALLBACK(OnButtonRelease), nullptr);
+  gtk_widget_set_has_tooltip(widget, TRUE);
+  g_signal_connect(widget, "query-tooltip", G_CALLBACK(OnQueryTooltip), nullptr);
   return widget;
 }
 

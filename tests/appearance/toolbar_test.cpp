@@ -24,7 +24,7 @@ Toolbar MakeToolbar() {
   CommandTable t;
   const std::pair<int, const char*> rows[] = {{kCmdNew, "New"},       {kCmdOpen, "Open"},         {kCmdSave, "Save"},
                                               {kCmdExport, "Export"}, {kCmdSettings, "Settings"}, {kCmdHelp, "Help"}};
-  for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", {}, {}});
+  for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", [] {}, {}});
   return nebro::appearance::MakeToolbar(t);
 }
 
@@ -72,6 +72,15 @@ TEST(Toolbar, HitTestAndTheSaveButtonFollowingTheModifiedFlag) {
   EXPECT_EQ(t.hot, -1);
   EXPECT_TRUE(t.buttons[0].pressed);  // the others are left alone
   EXPECT_TRUE(t.buttons[3].enabled);
+  // A command without a handler (its window not built yet) is greyed whatever the document.
+  CommandTable rows;
+  AddCommand(rows, {kCmdHelp, "Help", {}, "", {}, {}});
+  Toolbar unbuilt = nebro::appearance::MakeToolbar(rows);
+  LayoutToolbar(unbuilt, 1200);
+  UpdateToolbarEnabled(unbuilt, true);
+  EXPECT_FALSE(unbuilt.buttons[5].enabled);
+  EXPECT_EQ(ToolbarHitTest(unbuilt, 800, 20), -1);
+  EXPECT_TRUE(unbuilt.buttons[0].enabled);  // no row at all: nothing to say it is missing
 }
 
 TEST(Toolbar, ButtonLooksByState) {

@@ -4,6 +4,7 @@
 #include "common/command_table.h"
 #include "common/utf.h"
 #include "document/document_questions.h"
+#include "document/file_load.h"
 #include "export/export_rules.h"
 
 namespace nebro::app {
@@ -54,6 +55,17 @@ std::vector<ContextMenuItem> TransparencyItems(int current) {
   return items;
 }
 
+// Commands whose window is not built yet are greyed and say so.
+void MarkNotBuilt(std::vector<ContextMenuItem>& items, const CommandTable& commands) {
+  for (ContextMenuItem& item : items) {
+    MarkNotBuilt(item.items, commands);
+    if (item.command != 0 && CommandNotBuilt(commands, item.command)) {
+      item.greyed = true;
+      item.tooltip = kNotBuiltText;
+    }
+  }
+}
+
 std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
   std::vector<ContextMenuItem> items;
   bool any = false;
@@ -65,6 +77,7 @@ std::vector<ContextMenuItem> RecentItems(const ContextMenuState& state) {
     items.push_back(Submenu(RecentFileMenuLabel(i, entry, exists),
                             {Item("Open", "", kCmdRecentOpenFirst + i, !exists),
                              Item("Remove from list", "", kCmdRecentRemoveFirst + i)}));
+    items.back().tooltip = document::DisplayableUtf8(Utf16ToUtf8(entry));
   }
   if (!any) items.push_back(Item("(empty)", "", 0, true));
   items.push_back(Separator());
@@ -120,6 +133,7 @@ std::vector<ContextMenuItem> BuildContextMenu(const ContextMenuState& s, const C
   menu.push_back(Separator());
   menu.push_back(Keyed("New", kCmdNew));
   menu.push_back(Keyed("Open...", kCmdOpen));
+  MarkNotBuilt(menu, commands);
   return menu;
 }
 

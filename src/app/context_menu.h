@@ -45,6 +45,7 @@ struct ContextMenuItem {
   int command = 0;       // 0 for separators, submenus and the "(empty)" placeholder
   bool greyed = false;
   bool checked = false;
+  std::string tooltip;  // UTF-8; a recent file's full path tells two files of one name apart
   std::vector<ContextMenuItem> items;  // the entries of a submenu
 };
 

@@ -80,7 +80,11 @@ GtkWidget* BuildItem(const ContextMenuItem& model, GtkCssProvider* css) {
   }
   gtk_container_add(GTK_CONTAINER(item), row);
   // The widget's own accessible name follows the label, not the shortcut.
-  if (AtkObject* a11y = gtk_widget_get_accessible(item)) atk_object_set_name(a11y, model.label.c_str());
+  if (AtkObject* a11y = gtk_widget_get_accessible(item)) {
+    atk_object_set_name(a11y, model.label.c_str());
+    if (!model.tooltip.empty()) atk_object_set_description(a11y, model.tooltip.c_str());
+  }
+  if (!model.tooltip.empty()) gtk_widget_set_tooltip_text(item, model.tooltip.c_str());
 
   if (model.kind == ContextMenuKind::Submenu) {
     gtk_menu_item_set_submenu(GTK_MENU_ITEM(item), BuildMenu(model.items, css));

@@ -5,6 +5,7 @@
 #include "app/startup_rules.h"
 #include "app/typewriter_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
+#include "appearance/lexer_setup_gtk.h"
 #include "appearance/line_numbers_gtk.h"
 #include "appearance/reading_look_gtk.h"
 #include "appearance/status_bar_gtk.h"
@@ -54,6 +55,19 @@ void UpdateStatus() { appearance::UpdateStatusBar(gMain.statusBar, gMain.doc.enc
 
 void RefreshToolbar() { appearance::RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
 
+// Opens the first file of a dropped URI list; the others are ignored.
+void OpenFirstDroppedFile(gchar** uris) {
+  if (!uris || !uris[0]) return;
+  GCharPtr file(g_filename_from_uri(uris[0], nullptr, nullptr));
+  if (!file) return;
+  // After the drop has finished, so the questions of an unsaved document do not hold it open.
+  g_idle_add([](gpointer p) -> gboolean {
+    std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
+    if (gMain.window && !gMain.destroyed) document::OpenDroppedFile(MainDocumentWindow(), *dropped);
+    return G_SOURCE_REMOVE;
+  }, new std::string(file.get()));
+}
+
 void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
   if (gViewerMode) return;
   try {
@@ -77,6 +91,17 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
         appearance::UpdateMargin(gMain.margin);
         UpdateStatus();
         break;
+      case SCN_URIDROPPED: {
+        // Files dropped on the text arrive from the editor as a URI list.
+        GStrvPtr uris(g_uri_list_extract_uris(n->text));
+        OpenFirstDroppedFile(uris.get());
+        break;
+      }
+      case SCN_PAINTED:
+        // The line is counted on the screen, and wrapping lays lines out again after the
+        // change that caused it (Word Wrap, a narrower window) without a UI update.
+        UpdateStatus();
+        break;
       default:
         break;
     }
@@ -95,7 +120,9 @@ gboolean OnEditorKey(GtkWidget*, GdkEventKey* event, gpointer) {
 }
 
 void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
-  if (gtk_window_is_active(GTK_WINDOW(window))) {
+  if (!gtk_window_is_active(GTK_WINDOW(window))) {
+    document::DocumentWindowDeactivated();
+  } else {
     // After the activation has settled, so a box shown from here does not fight it.
     g_idle_add([](gpointer) -> gboolean {
       if (gMain.window && !gMain.destroyed) document::CheckDocumentOnActivation(MainDocumentWindow());
@@ -107,20 +134,8 @@ void OnActiveChanged(GObject* window, GParamSpec*, gpointer) {
 void OnDragDataReceived(GtkWidget*, GdkDragContext* context, gint, gint, GtkSelectionData* data, guint,
                         guint time, gpointer) {
   GStrvPtr uris(gtk_selection_data_get_uris(data));
-  std::string path;
-  if (uris && uris.get()[0]) {
-    // Only the first dropped file counts.
-    GCharPtr file(g_filename_from_uri(uris.get()[0], nullptr, nullptr));
-    if (file) path = file.get();
-  }
-  gtk_drag_finish(context, !path.empty(), FALSE, time);
-  if (!path.empty()) {
-    g_idle_add([](gpointer p) -> gboolean {
-      std::unique_ptr<std::string> dropped(static_cast<std::string*>(p));
-      if (gMain.window && !gMain.destroyed) document::OpenDroppedFile(MainDocumentWindow(), *dropped);
-      return G_SOURCE_REMOVE;
-    }, new std::string(path));
-  }
+  gtk_drag_finish(context, uris && uris.get()[0], FALSE, time);
+  OpenFirstDroppedFile(uris.get());
 }
 
 void FollowTheme() {
@@ -165,6 +180,10 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   gtk_window_set_title(GTK_WINDOW(window), caption);
   gtk_window_set_default_size(GTK_WINDOW(window), width, height);
   if (!defaultPosition) gtk_window_move(GTK_WINDOW(window), x, y);
+  // An opacity set before the window exists is kept by GTK but never reaches the X window.
+  g_signal_connect_after(window, "realize", G_CALLBACK(+[](GtkWidget* w, gpointer) {
+    gdk_window_set_opacity(gtk_widget_get_window(w), gtk_widget_get_opacity(w));
+  }), nullptr);
   gMain.window = window;
   gMain.destroyed = false;
   gMain.doc.viewerMode = gViewerMode;
@@ -205,7 +224,11 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   if (gMain.statusBar) gtk_box_pack_start(GTK_BOX(box), gMain.statusBar, FALSE, FALSE, 0);
 
   Send(editor, SCI_SETCODEPAGE, SC_CP_UTF8);
-  Send(editor, SCI_SETMARGINWIDTHN, 0, 0);
+  // Scintilla's own margins stay closed (the line numbers are a widget of ours; its symbol
+  // margin would show as a grey strip), and the text keeps a little room from the edges.
+  appearance::HideOwnMargins(editor);
+  Send(editor, SCI_SETMARGINLEFT, 0, 4);
+  Send(editor, SCI_SETMARGINRIGHT, 0, 4);
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);
 
   if (gViewerMode) {
@@ -248,7 +271,7 @@ void OpenFileFromStartup(const std::string& path) {
   }
   document::FileLoad({GTK_WINDOW(gMain.window), gMain.editor, &gMain.doc}, path, [path](bool loaded) {
     if (!loaded || !gMain.window) return;
-    gMain.doc.path = path;
+    gMain.doc.path = document::DocumentPath(path);
     appearance::ApplyReadingLook(gMain.editor);
     Send(gMain.editor, SCI_SETREADONLY, 1);
     gtk_window_set_title(GTK_WINDOW(gMain.window), ("Nebro Viewer - " + document::DocumentDisplayName(path)).c_str());
@@ -292,6 +315,7 @@ void DestroyMainWindow() {
 }
 
 void ResetMainWindowState() {
+  document::DocumentWindowDeactivated();
   if (gMain.window) {
     document::CloseDocumentLock(gMain.doc);
     document::RestartAutoSaveTimer(MainDocumentWindow(), 0);

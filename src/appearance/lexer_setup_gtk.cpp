@@ -2,7 +2,9 @@
 
 #include "appearance/current_theme.h"
 #include "appearance/style_maps.h"
+#include "common/colour.h"
 #include "common/utf.h"
+#include "gtk/widget_style_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -52,10 +54,20 @@ void HideOwnMargins(GtkWidget* editor) {
   for (int m = 0; m <= 4; ++m) Send(editor, SCI_SETMARGINWIDTHN, m, 0);
 }
 
-void MarkEditorFrame(GtkWidget* editor, bool dark) {
+void StyleEditorFrame(GtkWidget* editor, const ThemeColors& t) {
   GtkStyleContext* ctx = gtk_widget_get_style_context(editor);
-  if (dark) gtk_style_context_add_class(ctx, "nebro-dark");
+  if (t.isDark) gtk_style_context_add_class(ctx, "nebro-dark");
   else gtk_style_context_remove_class(ctx, "nebro-dark");
+  const std::string css =
+      "scrollbar, scrollbar trough { background-color: " + ColourText(t.editorBackground) +
+      "; border-color: " + ColourText(t.border) + "; }\n"
+      "scrollbar slider { background-color: " + ColourText(t.mutedText) +
+      "; border: none; border-radius: 6px; min-width: 8px; min-height: 8px; }\n"
+      "scrollbar slider:hover, scrollbar slider:active { background-color: " + ColourText(t.marginText) + "; }\n";
+  // The scroll bars are the editor's internal children: only forall reaches them.
+  gtk_container_forall(GTK_CONTAINER(editor), [](GtkWidget* child, gpointer data) {
+    if (GTK_IS_SCROLLBAR(child)) SetWidgetCss(child, *static_cast<const std::string*>(data));
+  }, const_cast<std::string*>(&css));
   gtk_widget_queue_draw(editor);
 }
 

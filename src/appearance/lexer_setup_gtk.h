@@ -18,7 +18,8 @@ void ApplyLanguageStyles(GtkWidget* editor);
 void SetupLexer(GtkWidget* editor, const std::string& path);
 // Scintilla's own margins stay hidden: the line numbers are drawn beside the editor.
 void HideOwnMargins(GtkWidget* editor);
-// Marks the editor's frame (scroll bars) dark or light for the CSS.
-void MarkEditorFrame(GtkWidget* editor, bool dark);
+// Paints the editor's scroll bars in the theme's colours (trough in the text's background, the
+// slider in the muted text colour), and marks the frame dark or light.
+void StyleEditorFrame(GtkWidget* editor, const ThemeColors& t);
 
 }  // namespace nebro::appearance

@@ -1,6 +1,7 @@
 #include "appearance/reading_look_gtk.h"
 
 #include "appearance/lexer_setup_gtk.h"
+#include "appearance/themes.h"
 #include "appearance/title_bar_gtk.h"
 #include "common/colour.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -31,7 +32,7 @@ void ApplyReadingLook(GtkWidget* editor) {
   Send(editor, SCI_SETMARGINLEFT, 0, 28);
   Send(editor, SCI_SETMARGINRIGHT, 0, 28);
   SetDarkTitleBar(false);
-  MarkEditorFrame(editor, false);
+  StyleEditorFrame(editor, ThemeColorsFor(1));  // light, like the paper
 }
 
 }  // namespace nebro::appearance

@@ -10,6 +10,8 @@ namespace {
 // "  UTF-16 LE", "  CRLF" and "  500%" with a little air (and, for the last, the size grip).
 constexpr std::array<int, kStatusPartCount - 1> kFixedPartUnits = {14, 12, 7, 9};
 constexpr int kFirstPartMinUnits = 16;
+constexpr int kLastPartUnits = 7;  // the zoom, "  100%", takes what is left
+constexpr int kGripWidth = 16;
 
 template <typename... Args>
 std::string Format(const char* format, Args... args) {
@@ -56,6 +58,13 @@ StatusTexts MakeStatusTexts(const StatusInput& in) {
   t[3] = Format("  %s", LineEndingLabel(in.eolMode));
   t[4] = Format("  %d%%", ZoomPercent(in.zoom));
   return t;
+}
+
+int StatusBarMinimumWidth(int unit) {
+  if (unit < 1) unit = 8;
+  int width = kFirstPartMinUnits * unit + kLastPartUnits * unit + kGripWidth;
+  for (int units : kFixedPartUnits) width += units * unit;
+  return width;
 }
 
 std::array<int, kStatusPartCount> StatusPartEdges(int clientWidth, int unit) {

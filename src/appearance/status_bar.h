@@ -39,6 +39,10 @@ StatusTexts MakeStatusTexts(const StatusInput& in);
 // The parts' right edges in pixels for a client width; the last is -1 (up to the client's right
 // edge). The first part takes what the four fixed-width parts on the right leave, but never less
 // than 16 units; `unit` is the width of a digit in the bar's font (8 when below 1).
+// The narrowest bar that still shows every part whole (the resize grip included), for a digit
+// `unit` pixels wide.
+int StatusBarMinimumWidth(int unit);
+
 std::array<int, kStatusPartCount> StatusPartEdges(int clientWidth, int unit);
 
 }  // namespace nebro::appearance

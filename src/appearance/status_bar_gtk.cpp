@@ -38,7 +38,8 @@ void FitHeightToFont(GtkWidget* widget) {
   GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(widget, "Ln"));
   int w = 0, h = 0;
   pango_layout_get_pixel_size(layout.get(), &w, &h);
-  gtk_widget_set_size_request(widget, -1, std::max(22, h + 8));
+  // Never narrower than its parts: the window cannot be made so narrow that the zoom goes.
+  gtk_widget_set_size_request(widget, StatusBarMinimumWidth(DigitWidth(widget)), std::max(22, h + 8));
 }
 
 // The grip is offered only where it can do something: a resizable window that is not maximised.

@@ -23,7 +23,7 @@ void ApplyThemeToEditor(GtkWidget* editor) {
   Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, settings::gSettings.fontBold);
   Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, settings::gSettings.fontItalic);
   HideOwnMargins(editor);
-  MarkEditorFrame(editor, t.isDark);
+  StyleEditorFrame(editor, t);
 }
 
 void SetTheme(ThemeId id, bool chosenByUser) {

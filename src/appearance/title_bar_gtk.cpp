@@ -17,7 +17,7 @@ void SetDarkTitleBar(bool dark) {
 void ApplySystemThemePreference() {
   const ThemeId theme = settings::gSettings.theme;
   if (gThemeChosenByUser) {
-    SetDarkTitleBar(theme != 1 && theme != 5);
+    SetDarkTitleBar(ThemeColorsFor(theme).isDark);
     return;
   }
   // The desktop's colour-scheme preference where it can be read; otherwise light.

@@ -30,7 +30,9 @@ Toolbar MakeToolbar(const CommandTable& commands) {
   Toolbar t;
   for (int i = 0; i < kToolbarButtonCount; ++i) {
     const Command* c = FindCommand(commands, kToolbarCommands[i]);
-    t.buttons[i] = {static_cast<uint32_t>(kToolbarCommands[i]), c ? c->label : std::string(), {}, i != kToolbarSaveIndex, false};
+    const bool built = !CommandNotBuilt(commands, kToolbarCommands[i]);
+    t.buttons[i] = {static_cast<uint32_t>(kToolbarCommands[i]), c ? c->label : std::string(), {},
+                    built && i != kToolbarSaveIndex, false, built};
   }
   LayoutToolbar(t, 0);
   return t;
@@ -56,7 +58,7 @@ bool UpdateToolbarEnabled(Toolbar& toolbar, bool documentModified) {
   bool changed = false;
   for (int i = 0; i < kToolbarButtonCount; ++i) {
     ToolbarButton& b = toolbar.buttons[i];
-    const bool enabled = i == kToolbarSaveIndex ? documentModified : true;
+    const bool enabled = b.built && (i == kToolbarSaveIndex ? documentModified : true);
     if (b.enabled != enabled) {
       b.enabled = enabled;
       changed = true;

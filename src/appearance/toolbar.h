@@ -38,6 +38,7 @@ struct ToolbarButton {
   ToolbarRect rect;
   bool enabled;
   bool pressed;
+  bool built = true;  // false while the command has no handler: greyed, with a tooltip saying so
 };
 
 struct Toolbar {

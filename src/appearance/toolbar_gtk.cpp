@@ -170,12 +170,26 @@ gboolean OnButtonRelease(GtkWidget* widget, GdkEventButton* event, gpointer) {
   return TRUE;
 }
 
+// A button whose window is not built yet says so when the pointer rests on it.
+gboolean OnQueryTooltip(GtkWidget* widget, gint x, gint y, gboolean, GtkTooltip* tooltip, gpointer) {
+  const Toolbar* t = StateOf(widget);
+  if (!t) return FALSE;
+  for (const ToolbarButton& b : t->buttons) {
+    if (!b.built && b.rect.Contains(x, y)) {
+      gtk_tooltip_set_text(tooltip, kNotBuiltText);
+      return TRUE;
+    }
+  }
+  return FALSE;
+}
+
 }  // namespace
 
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
   GtkWidget* widget = gtk_drawing_area_new();
   gtk_widget_set_name(widget, "NebroToolbar");
-  gtk_widget_set_size_request(widget, -1, kToolbarHeight);
+  // Every button whole, with a gap on either side: this sets how narrow the window may get.
+  gtk_widget_set_size_request(widget, kToolbarRowWidth + 2 * kToolbarButtonGap, kToolbarHeight);
   gtk_widget_add_events(widget, GDK_POINTER_MOTION_MASK | GDK_LEAVE_NOTIFY_MASK | GDK_BUTTON_PRESS_MASK |
                                     GDK_BUTTON_RELEASE_MASK);
   auto* state = new ToolbarWidgetState{MakeToolbar(commands), std::move(sink)};
@@ -187,6 +201,8 @@ GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) 
   g_signal_connect(widget, "leave-notify-event", G_CALLBACK(OnLeave), nullptr);
   g_signal_connect(widget, "button-press-event", G_CALLBACK(OnButtonPress), nullptr);
   g_signal_connect(widget, "button-release-event", G_CALLBACK(OnButtonRelease), nullptr);
+  gtk_widget_set_has_tooltip(widget, TRUE);
+  g_signal_connect(widget, "query-tooltip", G_CALLBACK(OnQueryTooltip), nullptr);
   return widget;
 }
 

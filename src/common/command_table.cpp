@@ -15,6 +15,11 @@ const Command* FindCommand(const CommandTable& table, int id) {
   return it == table.rows.end() ? nullptr : &*it;
 }
 
+bool CommandNotBuilt(const CommandTable& table, int id) {
+  const Command* c = FindCommand(table, id);
+  return c && !c->run;
+}
+
 bool CommandEnabled(const CommandTable& table, int id) {
   const Command* c = FindCommand(table, id);
   return c && c->run && (!c->enabled || c->enabled());

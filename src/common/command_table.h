@@ -25,6 +25,10 @@ struct CommandTable {
 // Adds a row, replacing an earlier row with the same id (a subsystem taking over a command).
 void AddCommand(CommandTable& table, Command command);
 const Command* FindCommand(const CommandTable& table, int id);
+// True when the row exists but has no handler yet: menus and buttons show it greyed, with
+// kNotBuiltText as their tooltip, instead of doing nothing silently.
+bool CommandNotBuilt(const CommandTable& table, int id);
+inline constexpr const char* kNotBuiltText = "Not available yet in this version of Nebro";
 // True when the row exists, has a handler and its rule allows it.
 bool CommandEnabled(const CommandTable& table, int id);
 // Runs the command when it is enabled; false when it is unknown, unbuilt or disabled.

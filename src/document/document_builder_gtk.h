@@ -28,6 +28,7 @@ class DocumentBuilder {
  private:
   GtkWidget* editor_;
   bool stylesNone_;
+  size_t length_ = 0;
   sci::ILoader* loader_ = nullptr;
 };
 

@@ -24,6 +24,9 @@ using namespace sci;
 
 guint autoSaveTimer = 0;
 bool activationCheckRunning = false;
+// Set once the check has asked: the box's own closing gives the activation back, which is not
+// the user coming back to the window. Leaving the window for another program re-arms it.
+bool askedThisActivation = false;
 
 template <size_t N>
 std::vector<ChooserFilter> Filters(const FileFilter (&filters)[N]) {
@@ -33,7 +36,7 @@ std::vector<ChooserFilter> Filters(const FileFilter (&filters)[N]) {
 }
 
 void DocumentBecame(const DocumentWindow& w, const std::string& path) {
-  w.doc->path = path;
+  w.doc->path = DocumentPath(path);
   w.doc->modified = false;
   if (w.changed) w.changed();
 }
@@ -45,10 +48,13 @@ bool SaveTo(const DocumentWindow& w, const std::string& path) {
   const SaveResult result = SaveDocumentFile(path, text, length, w.doc->encoding, w.doc->lockFd);
   if (!result.Ok()) {
     Trace("Nebro: ERROR - Cannot save %s: %s", path.c_str(), result.detail.c_str());
-    ShowMessageBox(w.owner, kMbOk, std::string(kTextCannotSave), std::string(kTitleErrorMangled));
+    ShowMessageBox(w.owner, kMbOk, std::string(kTextCannotSave) + "\n" + SaveFailureReason(result),
+                   std::string(kTitleErrorMangled));
     return false;
   }
   Send(editor, SCI_SETSAVEPOINT);
+  // Saves write UTF-8: from now on the document describes the file as it is on disk.
+  if (w.doc->encoding != TextEncoding::Utf8Bom) w.doc->encoding = TextEncoding::Utf8;
   const bool renamed = path != w.doc->path;
   if (renamed) appearance::SetupLexer(editor, path);  // a new name may mean a new language
   DocumentBecame(w, path);
@@ -63,7 +69,7 @@ void LoadAsDocument(const DocumentWindow& w, const std::string& path, std::funct
       appearance::SetupLexer(w.editor, path);
       ClearSearchIndicators(w.editor);
       DocumentBecame(w, path);
-      AddRecentFile(settings::gSettings.recentFiles, Utf8ToUtf16(path));
+      AddRecentFile(settings::gSettings.recentFiles, Utf8ToUtf16(w.doc->path));
       settings::SaveSettings(settings::gSettings);
     }
     if (done) done(loaded);
@@ -91,8 +97,10 @@ bool SaveDocumentAs(const DocumentWindow& w) {
   GtkFileChooserNative* dialog = gtk_file_chooser_native_new(
       std::string(kSaveAsDialogTitle).c_str(), w.owner, GTK_FILE_CHOOSER_ACTION_SAVE, "_Save", "_Cancel");
   gtk_file_chooser_set_do_overwrite_confirmation(GTK_FILE_CHOOSER(dialog), TRUE);
-  AddChooserFilters(GTK_FILE_CHOOSER(dialog), Filters(kSaveAsFilters));
   if (!w.doc->path.empty()) gtk_file_chooser_set_filename(GTK_FILE_CHOOSER(dialog), w.doc->path.c_str());
+  // After the name: the box then shows the document's own type rather than nothing.
+  const std::vector<ChooserFilter> filters = Filters(kSaveAsFilters);
+  AddChooserFilters(GTK_FILE_CHOOSER(dialog), filters, FilterForFile(filters, w.doc->path));
   std::string path = RunFileChooser(dialog);
   if (path.empty()) return false;
   const size_t slash = path.rfind('/');
@@ -170,20 +178,32 @@ void OpenDroppedFile(const DocumentWindow& w, const std::string& path) {
 }
 
 void CheckDocumentOnActivation(const DocumentWindow& w) {
-  if (w.doc->viewerMode || w.doc->path.empty() || activationCheckRunning) return;
+  // Questions never stack: while any box is open, the check waits for the next activation.
+  if (w.doc->viewerMode || w.doc->path.empty() || activationCheckRunning || askedThisActivation ||
+      OpenMessageBoxes() > 0) {
+    return;
+  }
   const DiskStatus status = CheckDocumentOnDisk(w.doc->path);
   const DocumentQuestion q = FileChangedQuestion(w.doc->path, status);
   if (!q.ask) return;
   activationCheckRunning = true;  // the box itself takes and gives back the activation
   const int answer = PromptAnswer(ShowMessageBox(w.owner, kMbSaveDontSaveCancel, q.text, std::string(q.title)));
   activationCheckRunning = false;
+  askedThisActivation = true;
   if (answer == kAnswerSave) {
     SaveDocument(w);
   } else if (answer == kAnswerDontSave) {
+    // The text now lives only in memory: it stays unsaved until the user saves or drops it.
     w.doc->path.clear();
+    w.doc->modified = true;
     CloseDocumentLock(*w.doc);
     if (w.changed) w.changed();
   }
+}
+
+void DocumentWindowDeactivated() {
+  // The deactivations that our own boxes cause do not count.
+  if (!activationCheckRunning && OpenMessageBoxes() == 0) askedThisActivation = false;
 }
 
 void AutoSaveTick(const DocumentWindow& w) {

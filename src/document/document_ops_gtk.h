@@ -44,7 +44,10 @@ void ClearRecentFileList(const DocumentWindow& w);
 // A dropped file: the same file again is ignored; otherwise the question, then the load.
 void OpenDroppedFile(const DocumentWindow& w, const std::string& path);
 // When the window becomes active: offers to write back a file that has gone from disk.
+// Asks at most once per activation, and never while another question is open.
 void CheckDocumentOnActivation(const DocumentWindow& w);
+// When the window loses the activation to another program: the next activation checks again.
+void DocumentWindowDeactivated();
 // The auto-save timer's action: saves a modified document that has a path.
 void AutoSaveTick(const DocumentWindow& w);
 // (Re)starts the auto-save timer; 0 minutes stops it.

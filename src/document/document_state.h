@@ -15,6 +15,10 @@ struct DocumentState {
   bool viewerMode = false;
 };
 
+// The path as the document records it: absolute (a path typed relative to the folder the editor
+// started in would fail from anywhere else), without "." and ".." parts; symbolic links stay.
+std::string DocumentPath(const std::string& path);
+
 // "Nebro - " + the display name (or "Untitled") + " *" while modified.
 std::string DocumentTitle(const DocumentState& doc);
 

@@ -1,6 +1,6 @@
 // Fixed texts of opening and saving documents, as UTF-8. A few titles carry the three characters
-// U+00E2 U+20AC U+201D where an em dash was meant ("Nebro â€” Error"); users have seen them that
-// way for years and they are kept byte for byte.
+// U+00E2 U+20AC U+201D where an em dash was meant ("Nebro â€” Error"); they are these titles'
+// exact bytes, so do not "repair" them into a dash.
 #pragma once
 
 #include <string_view>

@@ -111,20 +111,20 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
   return r;
 }
 
-std::string_view SaveErrorName(SaveError error) {
-  switch (error) {
-    case SaveError::None: return "saved";
-    case SaveError::NoSpace: return "no space left on the disk";
-    case SaveError::ReadOnlyFile: return "the file is read-only";
-    case SaveError::ReadOnlyFileSystem: return "the disk is mounted read-only";
-    case SaveError::PermissionDenied: return "permission denied";
-    case SaveError::LockedElsewhere: return "the file is open in another program";
-    case SaveError::NotRegularFile: return "not a regular file";
-    case SaveError::FolderMissing: return "the folder does not exist";
-    case SaveError::IoError: return "input/output error";
-    case SaveError::Other: return "the file could not be written";
+std::string SaveFailureReason(const SaveResult& result) {
+  switch (result.error) {
+    case SaveError::None: return "";
+    case SaveError::NoSpace: return "No space left on device";
+    case SaveError::ReadOnlyFile: return "The file is read-only";
+    case SaveError::ReadOnlyFileSystem: return "The disk is mounted read-only";
+    case SaveError::PermissionDenied: return "Permission denied";
+    case SaveError::LockedElsewhere: return "The file is open in another program";
+    case SaveError::NotRegularFile: return "The name belongs to a folder or a device, not a file";
+    case SaveError::FolderMissing: return "The folder no longer exists";
+    case SaveError::IoError: return "The disk reported an input/output error";
+    case SaveError::Other: break;
   }
-  return "the file could not be written";
+  return result.errnoValue != 0 ? std::strerror(result.errnoValue) : "The file could not be written";
 }
 
 }  // namespace nebro::document

@@ -46,7 +46,7 @@ struct SaveResult {
 SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t length,
                             TextEncoding encoding, int& lockFd);
 
-// A short English description of `error` for the log.
-std::string_view SaveErrorName(SaveError error);
+// Why a save failed, in the user's words: the second line under "Cannot save file.".
+std::string SaveFailureReason(const SaveResult& result);
 
 }  // namespace nebro::document

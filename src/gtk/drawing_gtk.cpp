@@ -34,6 +34,13 @@ void DrawPushButton(GtkWidget* button, cairo_t* cr, const ButtonLook& look, cons
   SetSourceColour(cr, look.border);
   cairo_set_line_width(cr, 1);
   cairo_stroke(cr);
+  if (look.focused) {
+    // A ring two pixels wide inside the border, in the text's colour: visible in every theme.
+    RoundedRectangle(cr, 3, 3, w - 6, h - 6, 3);
+    SetSourceColour(cr, look.text);
+    cairo_set_line_width(cr, 2);
+    cairo_stroke(cr);
+  }
 
   GObjectPtr<PangoLayout> layout(gtk_widget_create_pango_layout(button, label));
   FontDescriptionPtr font(pango_font_description_from_string("Segoe UI 9"));

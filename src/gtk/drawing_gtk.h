@@ -14,6 +14,7 @@ void RoundedRectangle(cairo_t* cr, double x, double y, double w, double h, doubl
 // Paints an owner-drawn push button: face, outline, centred label.
 struct ButtonLook {
   Colour face, border, text;
+  bool focused = false;  // draws a focus ring inside the border
 };
 void DrawPushButton(GtkWidget* button, cairo_t* cr, const ButtonLook& look, const char* label);
 

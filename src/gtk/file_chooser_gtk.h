@@ -13,8 +13,11 @@ struct ChooserFilter {
   std::string patterns;  // "*.txt;*.md"; "*.*" means every file
 };
 
-// Adds the filters in order; the first is selected.
-void AddChooserFilters(GtkFileChooser* chooser, const std::vector<ChooserFilter>& filters);
+// Adds the filters in order and selects the one at `selected`. Names match in either case.
+void AddChooserFilters(GtkFileChooser* chooser, const std::vector<ChooserFilter>& filters, size_t selected = 0);
+
+// The first filter with a pattern for the extension of `path` (in either case), or 0.
+size_t FilterForFile(const std::vector<ChooserFilter>& filters, const std::string& path);
 
 // Runs the dialog, releases it, and returns the chosen path, or "" when cancelled.
 std::string RunFileChooser(GtkFileChooserNative* dialog);

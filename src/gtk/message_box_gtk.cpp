@@ -11,6 +11,13 @@ namespace nebro {
 namespace {
 
 MessageBoxHook hook;
+int openBoxes = 0;
+
+// Counts a box as open for as long as it exists, whoever answers it.
+struct OpenBox {
+  OpenBox() { ++openBoxes; }
+  ~OpenBox() { --openBoxes; }
+};
 
 // Background and text colours are made once per theme and reused until the theme changes.
 int brushTheme = -1;
@@ -65,7 +72,7 @@ gboolean OnButtonDraw(GtkWidget* button, cairo_t* cr, gpointer data) {
   const bool focused = gtk_widget_has_focus(button);
   ButtonLook look{pressed ? t.buttonFacePressed : t.buttonFace,
                   focused ? t.buttonFocusBorder : t.pressedBackground,
-                  focused ? t.strongText : t.controlText};
+                  focused ? t.strongText : t.controlText, focused};
   DrawPushButton(button, cr, look, MessageBoxLabel(state->kind, id));
   return TRUE;
 }
@@ -94,7 +101,10 @@ void SetMessageBoxHook(MessageBoxHook h) { hook = std::move(h); }
 
 int MessageBoxBrushTheme() { return brushTheme; }
 
+int OpenMessageBoxes() { return openBoxes; }
+
 int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const std::string& title) {
+  const OpenBox open;
   if (hook) return hook(kind, text, title);
 
   BoxState state{kind};
@@ -104,6 +114,8 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   gtk_window_set_modal(GTK_WINDOW(window), TRUE);
   gtk_window_set_resizable(GTK_WINDOW(window), FALSE);
   gtk_window_set_type_hint(GTK_WINDOW(window), GDK_WINDOW_TYPE_HINT_DIALOG);
+  // Screen readers announce a dialog (and read its text) where they would pass over a frame.
+  if (AtkObject* a11y = gtk_widget_get_accessible(window)) atk_object_set_role(a11y, ATK_ROLE_DIALOG);
   if (owner) {
     gtk_window_set_transient_for(GTK_WINDOW(window), owner);
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER_ON_PARENT);
@@ -131,15 +143,26 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   gtk_fixed_put(GTK_FIXED(fixed), label, px(kMbMargin, du.x), px(kMbMargin, du.y));
 
   GtkWidget* first = nullptr;
+  // Sizes and gaps are rounded to pixels once, so every button and every gap come out equal.
+  const int buttonWidth = px(kMbButtonWidth, du.x);
+  const int gap = layout.buttons.size() > 1
+                      ? px(layout.buttons[1].x - layout.buttons[0].x - kMbButtonWidth, du.x)
+                      : 0;
+  int x = layout.buttons.empty() ? 0 : px(layout.buttons[0].x, du.x);
   for (const MessageBoxButton& b : layout.buttons) {
-    GtkWidget* button = gtk_button_new_with_label(b.label);
+    // No label child: the face is drawn by OnButtonDraw, and GTK's own label would widen a
+    // button with a long label ("Don't Save") past its place, onto its neighbour.
+    GtkWidget* button = gtk_button_new();
+    if (AtkObject* a11y = gtk_widget_get_accessible(button)) atk_object_set_name(a11y, b.label);
     gtk_widget_set_name(button, std::to_string(b.id).c_str());
+    SetWidgetCss(button, "button { padding: 0; min-width: 0; min-height: 0; }");
     g_object_set_data(G_OBJECT(button), "nebro-id", GINT_TO_POINTER(b.id));
-    gtk_widget_set_size_request(button, px(kMbButtonWidth, du.x), px(kMbButtonHeight, du.y));
+    gtk_widget_set_size_request(button, buttonWidth, px(kMbButtonHeight, du.y));
     gtk_widget_set_can_focus(button, TRUE);
     g_signal_connect(button, "draw", G_CALLBACK(OnButtonDraw), &state);
     g_signal_connect(button, "clicked", G_CALLBACK(OnButtonClicked), &state);
-    gtk_fixed_put(GTK_FIXED(fixed), button, px(b.x, du.x), px(layout.buttonTop, du.y));
+    gtk_fixed_put(GTK_FIXED(fixed), button, x, px(layout.buttonTop, du.y));
+    x += buttonWidth + gap;
     if (!first) first = button;
   }
 

@@ -18,6 +18,9 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
 using MessageBoxHook = std::function<int(int kind, const std::string& text, const std::string& title)>;
 void SetMessageBoxHook(MessageBoxHook hook);
 
+// How many boxes are open right now (each runs its own loop, so one can open over another).
+int OpenMessageBoxes();
+
 // The theme the cached background colours were made for (-1 before the first box).
 int MessageBoxBrushTheme();
 

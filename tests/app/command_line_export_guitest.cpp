@@ -15,24 +15,8 @@ using nebro::test::Child;
 
 namespace {
 
-struct Dir {
-  std::string path;
-  Dir() {
-    char name[] = "/tmp/nebro-cli-XXXXXX";
-    path = mkdtemp(name);
-  }
-  ~Dir() { fs::remove_all(path); }
-  std::string Write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(path + "/" + name, std::ios::binary) << bytes;
-    return path + "/" + name;
-  }
-  std::vector<std::string> Env() const { return {"XDG_CONFIG_HOME=" + path + "/cfg"}; }
-};
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
+using Dir = nebro::test::Sandbox;
+using nebro::test::ReadBytes;
 
 int Export(const Dir& d, const std::string& format, const std::string& in, const std::string& out,
            std::string* output = nullptr) {
@@ -51,8 +35,8 @@ bool Contains(const std::string& haystack, const std::string& needle) {
 TEST(CommandLineExport, ColouredPagesFromEveryLanguage) {
   Dir d;
   const std::string cpp = d.Write("a.cpp", "int main() { return 0; } // done\n");
-  ASSERT_EQ(Export(d, "html", cpp, d.path + "/a.html"), 0);
-  const std::string html = Read(d.path + "/a.html");
+  ASSERT_EQ(Export(d, "html", cpp, d.Path() + "/a.html"), 0);
+  const std::string html = ReadBytes(d.Path() + "/a.html");
   EXPECT_EQ(html.rfind("<!DOCTYPE html>\n<html>\n<head>\n", 0), 0u);
   EXPECT_TRUE(Contains(html, "<title>a.cpp - Nebro Export</title>"));
   // The default theme is Nebro Dark: keywords in its keyword colour, bold.
@@ -62,23 +46,23 @@ TEST(CommandLineExport, ColouredPagesFromEveryLanguage) {
   EXPECT_TRUE(html.ends_with("</html>"));
 
   const std::string py = d.Write("s.py", "def f():\n    return None  # x\n");
-  ASSERT_EQ(Export(d, "rtf", py, d.path + "/s.rtf"), 0);
-  const std::string rtf = Read(d.path + "/s.rtf");
+  ASSERT_EQ(Export(d, "rtf", py, d.Path() + "/s.rtf"), 0);
+  const std::string rtf = ReadBytes(d.Path() + "/s.rtf");
   EXPECT_EQ(rtf.rfind("{\\rtf1\\ansi", 0), 0u);
   EXPECT_TRUE(Contains(rtf, "def"));
   EXPECT_TRUE(Contains(rtf, "\\b "));  // the keyword style is bold
   EXPECT_EQ(rtf.substr(rtf.find_last_not_of("\r\n")), "}\r\n");
 
   const std::string page = d.Write("p.html", "<p class=\"x\">a &amp; b</p>\n");
-  ASSERT_EQ(Export(d, "html", page, d.path + "/p.out.html"), 0);
-  EXPECT_TRUE(Contains(Read(d.path + "/p.out.html"), "&lt;p"));
+  ASSERT_EQ(Export(d, "html", page, d.Path() + "/p.out.html"), 0);
+  EXPECT_TRUE(Contains(ReadBytes(d.Path() + "/p.out.html"), "&lt;p"));
 
   // Plain text: the decoded text, exactly (a UTF-16 file comes out as UTF-8).
   const std::string wide = d.Write("w.txt", std::string("\xFF\xFE" "a\0\xE9\0\r\0\n\0", 10));
-  ASSERT_EQ(Export(d, "txt", wide, d.path + "/w.out.txt"), 0);
-  EXPECT_EQ(Read(d.path + "/w.out.txt"), "a\xC3\xA9\r\n");
-  ASSERT_EQ(Export(d, "rtf", wide, d.path + "/w.rtf"), 0);
-  EXPECT_TRUE(Contains(Read(d.path + "/w.rtf"), "\\u233?"));
+  ASSERT_EQ(Export(d, "txt", wide, d.Path() + "/w.out.txt"), 0);
+  EXPECT_EQ(ReadBytes(d.Path() + "/w.out.txt"), "a\xC3\xA9\r\n");
+  ASSERT_EQ(Export(d, "rtf", wide, d.Path() + "/w.rtf"), 0);
+  EXPECT_TRUE(Contains(ReadBytes(d.Path() + "/w.rtf"), "\\u233?"));
 }
 
 TEST(CommandLineExport, MarkdownUsesTheRenderer) {
@@ -86,17 +70,17 @@ TEST(CommandLineExport, MarkdownUsesTheRenderer) {
   nebro::settings::AppSettings s;
   nebro::settings::SetDefaultSettings(s);
   s.theme = 5;
-  fs::create_directories(d.path + "/cfg/Nebro");
-  ASSERT_TRUE(nebro::settings::SaveSettingsTo(d.path + "/cfg/Nebro/nebro.cfg", s));
+  fs::create_directories(d.Path() + "/cfg/Nebro");
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(d.Path() + "/cfg/Nebro/nebro.cfg", s));
   const std::string text = "# Title\n\nSome *text* and `code`.\n\n- item\n";
   const std::string md = d.Write("n.md", text);
-  ASSERT_EQ(Export(d, "html", md, d.path + "/n.html"), 0);
+  ASSERT_EQ(Export(d, "html", md, d.Path() + "/n.html"), 0);
   std::string expected;
   ASSERT_TRUE(nebro::markdown::RenderMarkdownPage(text, {md, "Consolas", 11, 5}, expected));
-  EXPECT_EQ(Read(d.path + "/n.html"), expected);
+  EXPECT_EQ(ReadBytes(d.Path() + "/n.html"), expected);
   // The stored settings were only read.
   nebro::settings::AppSettings after;
-  ASSERT_TRUE(nebro::settings::LoadSettingsFrom(d.path + "/cfg/Nebro/nebro.cfg", after));
+  ASSERT_TRUE(nebro::settings::LoadSettingsFrom(d.Path() + "/cfg/Nebro/nebro.cfg", after));
   EXPECT_TRUE(after.firstRun);
 }
 
@@ -104,27 +88,32 @@ TEST(CommandLineExport, FailuresLeaveNothingBehind) {
   Dir d;
   std::string output;
   const std::string pdf = d.Write("x.txt", "%PDF-1.7 not really text");
-  EXPECT_EQ(Export(d, "html", pdf, d.path + "/x.html", &output), 1);
+  EXPECT_EQ(Export(d, "html", pdf, d.Path() + "/x.html", &output), 1);
   EXPECT_TRUE(Contains(output, "nebro: Cannot open binary file.")) << output;
-  EXPECT_FALSE(fs::exists(d.path + "/x.html"));
+  EXPECT_FALSE(fs::exists(d.Path() + "/x.html"));
 
-  EXPECT_EQ(Export(d, "rtf", d.path + "/missing.cpp", d.path + "/m.rtf", &output), 1);
+  EXPECT_EQ(Export(d, "rtf", d.Path() + "/missing.cpp", d.Path() + "/m.rtf", &output), 1);
   EXPECT_TRUE(Contains(output, "File not found (error 2).")) << output;
-  EXPECT_FALSE(fs::exists(d.path + "/m.rtf"));
+  EXPECT_FALSE(fs::exists(d.Path() + "/m.rtf"));
 
   const std::string ok = d.Write("ok.cpp", "int x;\n");
-  EXPECT_EQ(Export(d, "html", ok, d.path + "/no/such/dir/out.html", &output), 1);
+  EXPECT_EQ(Export(d, "html", ok, d.Path() + "/no/such/dir/out.html", &output), 1);
   EXPECT_TRUE(Contains(output, "Cannot create HTML file.")) << output;
 
   // An existing output is replaced only by a complete export.
   const std::string existing = d.Write("keep.html", "old");
   EXPECT_EQ(Export(d, "html", pdf, existing), 1);
-  EXPECT_EQ(Read(existing), "old");
+  EXPECT_EQ(ReadBytes(existing), "old");
 
+<<<<<<< HEAD
   EXPECT_EQ(Export(d, "doc", ok, d.path + "/o.doc", &output), 2);
   EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
+=======
+  EXPECT_EQ(Export(d, "doc", ok, d.Path() + "/o.doc", &output), 2);
+  EXPECT_TRUE(Contains(output, "use html, rtf or txt"));
+>>>>>>> main
   std::vector<std::string> leftovers;
-  for (const auto& e : fs::directory_iterator(d.path)) leftovers.push_back(e.path().filename());
+  for (const auto& e : fs::directory_iterator(d.Path())) leftovers.push_back(e.path().filename());
   std::sort(leftovers.begin(), leftovers.end());
   EXPECT_EQ(leftovers, (std::vector<std::string>{"cfg", "keep.html", "ok.cpp", "x.txt"}));
 }

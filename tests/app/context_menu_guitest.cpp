@@ -14,6 +14,7 @@
 #include "app/context_menu_gtk.h"
 #include "app/main_window_gtk.h"
 #include "gtk/message_box_gtk.h"
+#include "gtk/object_ptr_gtk.h"
 #include "appearance/current_theme.h"
 #include "appearance/theme_gtk.h"
 #include "common/utf.h"
@@ -59,15 +60,12 @@ std::vector<GtkWidget*> Children(GtkWidget* container) {
 // The labels of an item's row in order: mark, label and, where it has one, shortcut.
 std::vector<GtkWidget*> RowLabels(GtkWidget* item) {
   GtkWidget* row = gtk_bin_get_child(GTK_BIN(item));
-  if (!row || !GTK_IS_BOX(row)) return {};
-  return Children(row);
+  return row && GTK_IS_BOX(row) ? Children(row) : std::vector<GtkWidget*>{};
 }
 
-std::string ItemText(GtkWidget* item) {
-  for (GtkWidget* label : RowLabels(item)) {
-    if (gtk_widget_get_hexpand(label)) return gtk_label_get_text(GTK_LABEL(label));
-  }
-  return "";
+std::string RowText(GtkWidget* item, size_t column) {
+  const std::vector<GtkWidget*> row = RowLabels(item);
+  return column < row.size() ? gtk_label_get_text(GTK_LABEL(row[column])) : "";
 }
 
 // Follows labels down through the submenus: Item(menu, {"Theme", "Sepia"}).
@@ -76,9 +74,8 @@ GtkWidget* Item(GtkWidget* menu, std::initializer_list<const char*> path) {
   for (const char* label : path) {
     if (item) menu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
     item = nullptr;
-    if (!menu) break;
-    for (GtkWidget* child : Children(menu)) {
-      if (ItemText(child) == label) item = child;
+    for (GtkWidget* child : menu ? Children(menu) : std::vector<GtkWidget*>{}) {
+      if (RowText(child, 1) == label) item = child;
     }
     if (!item) break;
   }
@@ -86,36 +83,29 @@ GtkWidget* Item(GtkWidget* menu, std::initializer_list<const char*> path) {
   return item;
 }
 
-// Opens the submenu of item `label` of `shell` as the Right key does, and returns it.
-GtkWidget* OpenSubmenu(GtkWidget* shell, const char* label) {
-  GtkWidget* item = Item(shell, {label});
-  if (!item) return nullptr;
-  gtk_menu_shell_select_item(GTK_MENU_SHELL(shell), item);
-  g_signal_emit_by_name(shell, "move-current", GTK_MENU_DIR_CHILD);
-  Pump();
-  GtkWidget* submenu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
-  EXPECT_TRUE(submenu && gtk_widget_get_mapped(submenu)) << label;
-  return submenu;
+bool Sensitive(GtkWidget* menu, std::initializer_list<const char*> path) {
+  GtkWidget* item = Item(menu, path);
+  return item && gtk_widget_is_sensitive(item);
 }
 
-// Chooses an entry the way a user does: through the submenus on the way, then a click on the
-// entry, which closes the menus and activates it.
+// Chooses an entry the way a user does: each submenu on the way opened as the Right key opens
+// it, then a click on the entry, which closes the menus and activates it.
 void Choose(GtkWidget* menu, std::initializer_list<const char*> path) {
   ASSERT_NE(menu, nullptr);
-  GtkWidget* shell = menu;
   for (auto it = path.begin(); it + 1 != path.end(); ++it) {
-    shell = OpenSubmenu(shell, *it);
-    ASSERT_NE(shell, nullptr);
+    GtkWidget* item = Item(menu, {*it});
+    ASSERT_NE(item, nullptr);
+    gtk_menu_shell_select_item(GTK_MENU_SHELL(menu), item);
+    g_signal_emit_by_name(menu, "move-current", GTK_MENU_DIR_CHILD);
+    Pump();
+    menu = gtk_menu_item_get_submenu(GTK_MENU_ITEM(item));
+    ASSERT_TRUE(menu && gtk_widget_get_mapped(menu)) << *it;
   }
-  GtkWidget* item = Item(shell, {*(path.end() - 1)});
-  ASSERT_NE(item, nullptr);
-  ASSERT_TRUE(gtk_widget_is_sensitive(item));
-  gtk_menu_shell_activate_item(GTK_MENU_SHELL(shell), item, TRUE);
+  GtkWidget* item = Item(menu, {*(path.end() - 1)});
+  ASSERT_TRUE(item && gtk_widget_is_sensitive(item));
+  gtk_menu_shell_activate_item(GTK_MENU_SHELL(menu), item, TRUE);
   Pump();
 }
-
-GdkDevice* Pointer() { return gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())); }
-GdkDevice* Keyboard() { return gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())); }
 
 // A button event delivered to the editor as the window system would, with the pointer moved
 // there first (GTK places a menu where the pointer is).
@@ -123,10 +113,10 @@ void Button(GdkEventType type, guint button, int x, int y) {
   GdkWindow* window = gtk_widget_get_window(gMain.editor);
   int ox = 0, oy = 0;
   gdk_window_get_origin(window, &ox, &oy);
-  gdk_device_warp(Pointer(), gdk_window_get_screen(window), ox + x, oy + y);
+  gdk_device_warp(gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())),
+                  gdk_window_get_screen(window), ox + x, oy + y);
   gdk_display_sync(gdk_display_get_default());
-  GdkEvent* ev = gdk_event_new(type);
-  ev->button.window = GDK_WINDOW(g_object_ref(window));
+  GdkEvent* ev = nebro::testing::PointerEvent(gMain.editor, type);
   ev->button.send_event = TRUE;
   ev->button.time = GDK_CURRENT_TIME;
   ev->button.x = x;
@@ -134,30 +124,12 @@ void Button(GdkEventType type, guint button, int x, int y) {
   ev->button.x_root = ox + x;
   ev->button.y_root = oy + y;
   ev->button.button = button;
-  gdk_event_set_device(ev, Pointer());
-  gtk_main_do_event(ev);
-  gdk_event_free(ev);
+  nebro::testing::Deliver(ev);
   Pump();
 }
 
-void LeftClick(int x, int y) {
-  Button(GDK_BUTTON_PRESS, 1, x, y);
-  Button(GDK_BUTTON_RELEASE, 1, x, y);
-}
-
-// The menu opens on the press; the release is the menu's business.
-void RightPress(int x, int y) { Button(GDK_BUTTON_PRESS, 3, x, y); }
-
-void Key(guint keyval, GdkModifierType state) {
-  GdkEvent* ev = gdk_event_new(GDK_KEY_PRESS);
-  ev->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(gMain.window)));
-  ev->key.send_event = TRUE;
-  ev->key.time = GDK_CURRENT_TIME;
-  ev->key.keyval = keyval;
-  ev->key.state = state;
-  gdk_event_set_device(ev, Keyboard());
-  gtk_main_do_event(ev);
-  gdk_event_free(ev);
+void Key(guint keyval, unsigned state = 0) {
+  nebro::testing::SendKey(gMain.window, keyval, state);
   Pump();
 }
 
@@ -186,14 +158,12 @@ class ContextMenuGui : public nebro::testing::MainWindowTest {
   void Configure() override {
     width = 700;
     height = 500;
+    answer = kMbResultSaveOrYes;
+    boxesExpected = true;
     gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   }
   void SetUp() override {
     MainWindowTest::SetUp();
-    SetMessageBoxHook([this](int kind, const std::string& text, const std::string&) {
-      asked.push_back({kind, text});
-      return kMbResultSaveOrYes;
-    });
     gtk_window_present(GTK_WINDOW(gMain.window));
     nebro::testing::Pump(gMain.window);
   }
@@ -203,19 +173,12 @@ class ContextMenuGui : public nebro::testing::MainWindowTest {
   }
   // Opens the menu for the current state with the Menu key and checks it is on screen.
   GtkWidget* Open() {
-    Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
+    Key(GDK_KEY_Menu);
     const std::vector<GtkWidget*> menus = OpenMenus();
     EXPECT_EQ(menus.size(), 1u);
-    if (menus.size() != 1) return nullptr;
-    EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
-    return menus[0];
+    EXPECT_TRUE(menus.size() == 1 && gtk_widget_get_mapped(menus[0]));
+    return menus.size() == 1 ? menus[0] : nullptr;
   }
-
-  struct Question {
-    int kind;
-    std::string text;
-  };
-  std::vector<Question> asked;  // every box shown, each answered Yes
 };
 
 class ViewerContextMenuGui : public nebro::testing::MainWindowTest {
@@ -228,24 +191,24 @@ class ViewerContextMenuGui : public nebro::testing::MainWindowTest {
 TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
   SetText("alpha beta gamma\r\nsecond line\r\n");
   Send(SCI_SETSEL, 6, 10);  // "beta"
-
-  LeftClick(20, 30);  // a left click is Scintilla's: no menu
+  Button(GDK_BUTTON_PRESS, 1, 20, 30);  // a left click is Scintilla's: no menu
+  Button(GDK_BUTTON_RELEASE, 1, 20, 30);
   EXPECT_TRUE(OpenMenus().empty());
   Send(SCI_SETSEL, 6, 10);
 
-  // A right click far from the selection opens the menu and leaves the selection alone, so Cut
-  // and Copy still act on it.
-  RightPress(300, 40);
-  std::vector<GtkWidget*> menus = OpenMenus();
-  ASSERT_EQ(menus.size(), 1u);
-  EXPECT_TRUE(gtk_widget_get_mapped(menus[0]));
+  // A right click far from the selection opens the menu on the press and leaves the selection
+  // alone, so Cut and Copy still act on it.
+  Button(GDK_BUTTON_PRESS, 3, 300, 40);
+  ASSERT_EQ(OpenMenus().size(), 1u);
+  GtkWidget* menu = OpenMenus()[0];
+  EXPECT_TRUE(gtk_widget_get_mapped(menu));
   EXPECT_EQ(Send(SCI_GETSELECTIONSTART), 6);
   EXPECT_EQ(Send(SCI_GETSELECTIONEND), 10);
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menus[0], {"Cut"})));
+  EXPECT_TRUE(Sensitive(menu, {"Cut"}));
   // Its corner touches the pointer's pixel at the lower right.
   int ex = 0, ey = 0;
   gdk_window_get_origin(gtk_widget_get_window(gMain.editor), &ex, &ey);
-  EXPECT_EQ(MenuOrigin(menus[0]), std::make_pair(ex + 301, ey + 41));
+  EXPECT_EQ(MenuOrigin(menu), std::make_pair(ex + 301, ey + 41));
 
   // Closed without a choice: the menu goes away and the editor has the focus again.
   gtk_window_set_focus(GTK_WINDOW(gMain.window), nullptr);
@@ -256,14 +219,12 @@ TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
   // From the keyboard it opens below the caret.
   gtk_widget_grab_focus(gMain.editor);
   Send(SCI_GOTOPOS, 23);  // "second line", after "secon"
-  Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
-  ASSERT_EQ(OpenMenus().size(), 1u);
-  EXPECT_TRUE(gtk_widget_get_mapped(OpenMenus()[0]));
+  menu = Open();
+  ASSERT_NE(menu, nullptr);
   const int caretX = static_cast<int>(Send(SCI_POINTXFROMPOSITION, 0, 23));
-  const int lineBottom = static_cast<int>(Send(SCI_POINTYFROMPOSITION, 0, 23) +
-                                          Send(SCI_TEXTHEIGHT, 1));
+  const int lineBottom = static_cast<int>(Send(SCI_POINTYFROMPOSITION, 0, 23) + Send(SCI_TEXTHEIGHT, 1));
   EXPECT_GT(caretX, 40);
-  EXPECT_EQ(MenuOrigin(OpenMenus()[0]), std::make_pair(ex + caretX, ey + lineBottom));
+  EXPECT_EQ(MenuOrigin(menu), std::make_pair(ex + caretX, ey + lineBottom));
   CloseMenus();
 
   Key(GDK_KEY_F10, GDK_SHIFT_MASK);
@@ -271,26 +232,33 @@ TEST_F(ContextMenuGui, OpensOnRightClickMenuKeyAndShiftF10) {
   CloseMenus();
 
   // Plain F10 and Ctrl+Menu are not the menu's keys, and typed text still reaches the editor.
-  Key(GDK_KEY_F10, static_cast<GdkModifierType>(0));
+  Key(GDK_KEY_F10);
   Key(GDK_KEY_Menu, GDK_CONTROL_MASK);
   EXPECT_TRUE(OpenMenus().empty());
   Send(SCI_GOTOPOS, 0);
-  Key(GDK_KEY_x, static_cast<GdkModifierType>(0));
+  Key(GDK_KEY_x);
   EXPECT_EQ(Text().substr(0, 6), "xalpha");
 }
 
 TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
+  // A new, empty document with nothing on the clipboard.
   GtkWidget* menu = Open();
   ASSERT_NE(menu, nullptr);
-  // A new, empty document with nothing on the clipboard.
   for (const char* label : {"Undo", "Redo", "Cut", "Copy", "Paste", "Select All", "MD Preview (HTML)"}) {
-    EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+    EXPECT_FALSE(Sensitive(menu, {label})) << label;
   }
-  for (const char* label : {"Find & Replace", "Regex Search...", "Font...", "Save", "Save As...", "New", "Open..."}) {
-    EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+  for (const char* label : {"Save", "Save As...", "New", "Open..."}) {
+    EXPECT_TRUE(Sensitive(menu, {label})) << label;
   }
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "(empty)"})));
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "Clear All"})));
+  // Commands whose windows are not built yet are greyed and say why.
+  for (const auto& [label, id] : {std::pair{"Find & Replace", kCmdFindReplace}, {"Regex Search...", kCmdRegexSearch},
+                                  {"Font...", kCmdFont}}) {
+    EXPECT_EQ(Sensitive(menu, {label}), !CommandNotBuilt(gMain.commands, id)) << label;
+    GCharPtr tip(gtk_widget_get_tooltip_text(Item(menu, {label})));
+    EXPECT_EQ(tip && std::string(tip.get()) == kNotBuiltText, CommandNotBuilt(gMain.commands, id)) << label;
+  }
+  EXPECT_FALSE(Sensitive(menu, {"Recent Files", "(empty)"}));
+  EXPECT_FALSE(Sensitive(menu, {"Recent Files", "Clear All"}));
   CloseMenus();
 
   // Typed text can be undone and selected; a selection can be cut; text on the clipboard can
@@ -300,9 +268,9 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
   gtk_clipboard_set_text(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD), "clip", -1);
   menu = Open();
   for (const char* label : {"Undo", "Cut", "Copy", "Paste", "Select All"}) {
-    EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {label}))) << label;
+    EXPECT_TRUE(Sensitive(menu, {label})) << label;
   }
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Redo"})));
+  EXPECT_FALSE(Sensitive(menu, {"Redo"}));
   CloseMenus();
 
   // After an undo: redo is possible; an empty selection greys Cut and Copy again.
@@ -310,26 +278,24 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
   Send(SCI_SETSEL, 0, 0);
   gtk_clipboard_clear(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD));
   menu = Open();
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Redo"})));
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Cut"})));
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Copy"})));
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Paste"})));
+  EXPECT_TRUE(Sensitive(menu, {"Redo"}));
+  for (const char* label : {"Cut", "Copy", "Paste"}) EXPECT_FALSE(Sensitive(menu, {label})) << label;
   CloseMenus();
 
   // A Markdown file in upper case enables the preview; a missing recent file shows its mark and
   // a greyed Open, but can be removed.
   const std::string md = WriteFile("NOTES.MD", "# Title\r\n");
-  LoadAsDocument(MainDocumentWindow(), md);
-  ASSERT_EQ(gMain.doc.path, md);
+  ASSERT_TRUE(LoadDocument(md));
   AddRecentFile(gSettings.recentFiles, Utf8ToUtf16(folder + "/vanished.txt"));
   menu = Open();
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"MD Preview (HTML)"})));
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "2.  NOTES.MD", "Open"})));
-  EXPECT_FALSE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Open"})));
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Remove from list"})));
-  EXPECT_TRUE(gtk_widget_is_sensitive(Item(menu, {"Recent Files", "Clear All"})));
+  EXPECT_EQ(Sensitive(menu, {"MD Preview (HTML)"}), !CommandNotBuilt(gMain.commands, kCmdMarkdownPreview));
+  EXPECT_TRUE(Sensitive(menu, {"Recent Files", "2.  NOTES.MD", "Open"}));
+  EXPECT_FALSE(Sensitive(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Open"}));
+  EXPECT_TRUE(Sensitive(menu, {"Recent Files", "1.  vanished.txt  \xE2\x8A\x97", "Remove from list"}));
+  EXPECT_TRUE(Sensitive(menu, {"Recent Files", "Clear All"}));
 }
 
+// Choosing an item runs its command through the main window's dispatch.
 TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   SetText("one two three");
   Send(SCI_SETSEL, 0, 0);
@@ -347,15 +313,19 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   EXPECT_EQ(Text(), "one two three");
   Choose(Open(), {"Undo"});
   EXPECT_EQ(Text(), "");
+  Choose(Open(), {"Redo"});
+  EXPECT_EQ(Text(), "one two three");
+  SetText("");
 
   Choose(Open(), {"Theme", "Sepia"});
   EXPECT_EQ(gSettings.theme, 5u);
+  EXPECT_EQ(Send(SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(ThemeColorsFor(5).editorBackground));
   EXPECT_TRUE(OpenMenus().empty());  // a choice in a submenu closes the whole menu
   // The next menu marks it, in a column of its own.
   GtkWidget* sepia = Item(Open(), {"Theme", "Sepia"});
   ASSERT_EQ(RowLabels(sepia).size(), 2u);  // no shortcut
-  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(sepia)[0])), "\xE2\x9C\x93");
-  EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(Item(OpenMenus()[0], {"Theme", "Azure"}))[0])), "");
+  EXPECT_EQ(RowText(sepia, 0), "\xE2\x9C\x93");
+  EXPECT_EQ(RowText(Item(OpenMenus()[0], {"Theme", "Azure"}), 0), "");
   CloseMenus();
 
   const bool wrap = gSettings.wordWrap;
@@ -364,21 +334,24 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   EXPECT_EQ(Send(SCI_GETWRAPMODE), wrap ? SC_WRAP_NONE : SC_WRAP_WORD);
   Choose(Open(), {"View", "Word Wrap"});
   EXPECT_EQ(gSettings.wordWrap, wrap);
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), wrap ? SC_WRAP_WORD : SC_WRAP_NONE);
 
   const bool numbers = gSettings.lineNumbers;
   Choose(Open(), {"View", "Line Numbers"});
   EXPECT_EQ(gSettings.lineNumbers, !numbers);
   EXPECT_EQ(gtk_widget_get_visible(gMain.margin), !numbers);
 
-  Choose(Open(), {"Transparency", "30%"});
-  EXPECT_EQ(gSettings.transparency, 30);
+  Choose(Open(), {"Transparency", "50%"});
+  EXPECT_EQ(gSettings.transparency, 50);
+  EXPECT_NEAR(gtk_widget_get_opacity(gMain.window), 128 / 255.0, 0.01);
   Choose(Open(), {"Transparency", "0%  (opaque)"});
   EXPECT_EQ(gSettings.transparency, 0);
+  EXPECT_DOUBLE_EQ(gtk_widget_get_opacity(gMain.window), 1.0);
 
   // Recent files: remove one entry, then clear the rest after the question.
-  AddRecentFile(gSettings.recentFiles, u"/nowhere/a.txt");
-  AddRecentFile(gSettings.recentFiles, u"/nowhere/b.txt");
-  AddRecentFile(gSettings.recentFiles, u"/nowhere/c.txt");
+  for (const char16_t* path : {u"/nowhere/a.txt", u"/nowhere/b.txt", u"/nowhere/c.txt"}) {
+    AddRecentFile(gSettings.recentFiles, path);
+  }
   Choose(Open(), {"Recent Files", "2.  b.txt  \xE2\x8A\x97", "Remove from list"});
   EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 0), u"/nowhere/c.txt");
   EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 1), u"/nowhere/a.txt");
@@ -389,13 +362,12 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   EXPECT_EQ(asked[0].kind, kMbYesNo);
   EXPECT_EQ(RecentFileEntry(gSettings.recentFiles, 0), u"");
 
-  // Entries whose windows are not built yet are still offered and choosing them is harmless.
-  for (auto path : {std::initializer_list<const char*>{"Find & Replace"}, {"Regex Search..."}, {"Font..."},
-                    {"Print", "Print..."}, {"Print", "Page Setup..."}, {"Print", "Print Preview..."}}) {
-    Choose(Open(), path);
-    EXPECT_TRUE(OpenMenus().empty());
-  }
+  // Keys of commands whose windows are not built yet are not bound, and neither is an unknown
+  // command.
   EXPECT_EQ(Text(), "");
+  EXPECT_FALSE(DispatchCommand(kCmdExport));
+  EXPECT_FALSE(DispatchCommand(kCmdFindReplace));
+  EXPECT_FALSE(DispatchCommand(12345));
 }
 
 TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
@@ -407,33 +379,36 @@ TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
     ASSERT_NE(menu, nullptr);
     GtkWidget* undo = Item(menu, {"Undo"});   // greyed in a new document
     GtkWidget* find = Item(menu, {"Find & Replace"});
+    // The shortcuts are the command table's: its menu text where it has one, else its first key.
+    EXPECT_EQ(RowText(find, 2), "Ctrl+H");
+    EXPECT_EQ(RowText(undo, 2), "Ctrl+Z");
+    GtkWidget* saveAs = Item(menu, {"Save As..."});  // enabled in every document
 
     // Background, normal and greyed text. (x, y): a point of the item's row between its label
     // and its shortcut, in the menu's coordinates.
     int x = 0, y = 0;
-    gtk_widget_translate_coordinates(find, menu, gtk_widget_get_allocated_width(find) / 2, 3, &x, &y);
+    gtk_widget_translate_coordinates(saveAs, menu, gtk_widget_get_allocated_width(saveAs) / 2, 3, &x, &y);
     {
       nebro::testing::Snapshot picture(menu);
       EXPECT_EQ(picture.At(x, y), c.dialogBackground);
       EXPECT_EQ(picture.At(2, picture.height / 2), c.dialogBackground);
     }
-    EXPECT_EQ(TextColour(RowLabels(find)[1]), c.dialogText);
-    EXPECT_EQ(TextColour(RowLabels(find)[2]), c.dialogText);
-    EXPECT_EQ(TextColour(RowLabels(undo)[1]), c.disabledText);
-    EXPECT_EQ(TextColour(RowLabels(undo)[2]), c.disabledText);
+    for (int column : {1, 2}) {
+      EXPECT_EQ(TextColour(RowLabels(saveAs)[column]), c.dialogText);
+      EXPECT_EQ(TextColour(RowLabels(undo)[column]), c.disabledText);
+    }
     EXPECT_EQ(TextColour(RowLabels(Item(menu, {"Theme"}))[1]), c.dialogText);
 
     // The item under the pointer takes the hover colour, its text stays readable.
-    gtk_menu_shell_select_item(GTK_MENU_SHELL(menu), find);
+    gtk_menu_shell_select_item(GTK_MENU_SHELL(menu), saveAs);
     Pump();
-    EXPECT_EQ(TextColour(RowLabels(find)[1]), c.dialogText);
+    EXPECT_EQ(TextColour(RowLabels(saveAs)[1]), c.dialogText);
 
     // The shortcut sits at the right end of its row, the label at the left.
     GtkAllocation label, shortcut, row;
-    gtk_widget_get_allocation(RowLabels(find)[1], &label);
-    gtk_widget_get_allocation(RowLabels(find)[2], &shortcut);
-    gtk_widget_get_allocation(gtk_bin_get_child(GTK_BIN(find)), &row);
-    EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(RowLabels(find)[2])), "Ctrl+H");
+    gtk_widget_get_allocation(RowLabels(saveAs)[1], &label);
+    gtk_widget_get_allocation(RowLabels(saveAs)[2], &shortcut);
+    gtk_widget_get_allocation(gtk_bin_get_child(GTK_BIN(saveAs)), &row);
     EXPECT_EQ(shortcut.x + shortcut.width, row.x + row.width);
     EXPECT_GT(shortcut.x, label.x + 30);
     CloseMenus();
@@ -444,7 +419,7 @@ TEST_F(ViewerContextMenuGui, ViewerHasNoContextMenu) {
   SetText("read only text");
   EXPECT_EQ(ShowContextMenu(nullptr), nullptr);
   EXPECT_TRUE(OpenMenus().empty());
-  Key(GDK_KEY_Menu, static_cast<GdkModifierType>(0));
+  Key(GDK_KEY_Menu);
   Key(GDK_KEY_F10, GDK_SHIFT_MASK);
   EXPECT_TRUE(OpenMenus().empty());
 }

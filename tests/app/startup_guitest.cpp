@@ -13,33 +13,11 @@
 
 namespace fs = std::filesystem;
 using nebro::test::Child;
+using nebro::test::ReadBytes;
+using nebro::test::Sandbox;
 using nebro::test::Shell;
 
 namespace {
-
-struct Sandbox {
-  std::string dir;
-  Sandbox() {
-    char name[] = "/tmp/nebro-startup-XXXXXX";
-    dir = mkdtemp(name);
-    fs::create_directories(dir + "/cfg");
-  }
-  ~Sandbox() { fs::remove_all(dir); }
-  std::vector<std::string> Env() const {
-    return {"XDG_CONFIG_HOME=" + dir + "/cfg", "G_MESSAGES_DEBUG=Nebro", "NO_AT_BRIDGE=1"};
-  }
-  std::string Config() const { return dir + "/cfg/Nebro/nebro.cfg"; }
-  std::string Write(const std::string& name, const std::string& text) const {
-    const std::string path = dir + "/" + name;
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
-  }
-};
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 nebro::settings::AppSettings LoadConfig(const Sandbox& box, bool* ok = nullptr) {
   nebro::settings::AppSettings s;
@@ -125,7 +103,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
   s.windowWidth = 700;
   s.windowHeight = 500;
   s.theme = 9;
-  fs::create_directories(box.dir + "/cfg/Nebro");
+  fs::create_directories(box / "cfg/Nebro");
   ASSERT_TRUE(nebro::settings::SaveSettingsTo(box.Config(), s));
   const std::string file = box.Write("notes.md", "# Title\n\nSome *text*.\n");
   {
@@ -138,7 +116,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
   }
   EXPECT_EQ(LoadConfig(box).theme, 9u);  // kept as stored, drawn as theme 0
 
-  const std::string before = ReadAll(box.Config());
+  const std::string before = ReadBytes(box.Config());
   {
     Child viewer({NEBRO_EXECUTABLE, "--viewer", file, "--nebro-viewer-geometry=40,60,500,400"}, box.Env());
     ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
@@ -151,7 +129,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
                            "Nebro: Viewer mode - loading file from command line"});
     EXPECT_EQ(viewer.Output().find("liblexilla"), std::string::npos);
   }
-  EXPECT_EQ(ReadAll(box.Config()), before);  // a viewer never writes the settings
+  EXPECT_EQ(ReadBytes(box.Config()), before);  // a viewer never writes the settings
 
   // A lone --viewer opens a viewer that then reports a file named "--viewer" as not found.
   {
@@ -167,7 +145,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
 
 TEST(Startup, MissingLibrariesAreFatal) {
   Sandbox box;
-  const std::string bin = box.dir + "/bin";
+  const std::string bin = box / "bin";
   fs::create_directories(bin);
   fs::copy_file(NEBRO_EXECUTABLE, bin + "/nebro");
   auto runExpectingFatal = [&](const std::string& trace, std::vector<std::string> args) {
@@ -196,9 +174,33 @@ TEST(Startup, MissingLibrariesAreFatal) {
   runExpectingFatal("Nebro: ERROR - CreateLexer not found in liblexilla.so", {});
 
   // The viewer does not look for the lexer library at all.
-  std::ofstream(box.dir + "/v.txt") << "viewer text\n";
-  Child viewer({bin + "/nebro", "--viewer", box.dir + "/v.txt"}, box.Env());
+  Child viewer({bin + "/nebro", "--viewer", box.Write("v.txt", "viewer text\n")}, box.Env());
   ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
   viewer.Signal(SIGTERM);
   EXPECT_EQ(viewer.Wait(), 0);
+}
+
+TEST(Startup, RelativePathIsStoredAbsoluteAndSavedTransparencyShows) {
+  Sandbox box;
+  fs::create_directories(box / "work");
+  box.Write("work/notes.py", "x = 1\n");
+  nebro::settings::AppSettings s = LoadConfig(box);
+  s.transparency = 30;
+  fs::create_directories(box / "cfg/Nebro");
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(box.Config(), s));
+
+  Child nebro({"/bin/sh", "-c", "cd '" + box.Path() + "/work' && exec '" NEBRO_EXECUTABLE "' notes.py"}, box.Env());
+  ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+  // The window manager's compositor reads the opacity from the window's property.
+  const std::string opacity = nebro::test::ShellOutput("for w in $(xdotool search --pid " +
+                                                       std::to_string(nebro.Pid()) +
+                                                       "); do xprop -id $w _NET_WM_WINDOW_OPACITY; done");
+  EXPECT_NE(opacity.find("_NET_WM_WINDOW_OPACITY(CARDINAL) = "), std::string::npos) << opacity;
+  nebro.Signal(SIGTERM);
+  EXPECT_EQ(nebro.Wait(), 0);
+
+  const nebro::settings::AppSettings after = LoadConfig(box);
+  const std::string absolute = box.Path() + "/work/notes.py";
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.lastFile)), absolute);
+  EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.recentFiles[0])), absolute);
 }

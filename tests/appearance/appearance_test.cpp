@@ -55,35 +55,23 @@ TEST(Languages, DetectionByLastDot) {
   EXPECT_EQ(KeywordList(kLangJson, 0), nullptr);
 }
 
-TEST(StyleMaps, ResolveColoursAndForcedAttributes) {
-  const ThemeColors& dark = ThemeColorsFor(0);
-  auto find = [](const std::vector<ResolvedStyle>& map, int style) {
-    for (const ResolvedStyle& s : map)
-      if (s.style == style) return s;
-    ADD_FAILURE() << "style " << style << " missing";
-    return ResolvedStyle{};
-  };
-  const auto cpp = ResolveStyleMap(kLangCpp, dark, false, false);
-  EXPECT_EQ(find(cpp, 5).fore, dark.syntax.keyword);  // keywords: forced bold
-  EXPECT_TRUE(find(cpp, 5).bold);
-  EXPECT_FALSE(find(cpp, 5).italic);
-  EXPECT_TRUE(find(cpp, 16).italic);  // the second keyword set: italic instead
-  EXPECT_EQ(find(cpp, 11).fore, dark.editorText);
-  EXPECT_EQ(find(cpp, 11).back, dark.editorBackground);
-
+// The C++ map's colours, bold and italic reach the real editor in theme_guitest.
+TEST(StyleMaps, FontFlagsAndCodeBackgrounds) {
   // The font's own flags spread to every listed style.
-  for (const ResolvedStyle& s : ResolveStyleMap(kLangPython, dark, true, true)) {
+  for (const ResolvedStyle& s : ResolveStyleMap(kLangPython, ThemeColorsFor(0), true, true)) {
     EXPECT_TRUE(s.bold && s.italic) << s.style;
   }
-
   // Markdown code takes the derived code background; quotes the muted colour.
   const ThemeColors& light = ThemeColorsFor(1);
-  const auto md = ResolveStyleMap(kLangMarkdown, light, false, false);
-  EXPECT_EQ(find(md, 19).back, CodeBackground(light));
-  EXPECT_EQ(find(md, 12).back, CodeBackground(light));
-  EXPECT_EQ(find(md, 15).fore, light.mutedText);
-
-  EXPECT_TRUE(StyleMapFor(kLangJson).empty());
-  EXPECT_TRUE(StyleMapFor(kLangSql).empty());
-  EXPECT_EQ(StyleMapFor(kLangXml).data(), StyleMapFor(kLangHtml).data());
+  int seen = 0;
+  for (const ResolvedStyle& s : ResolveStyleMap(kLangMarkdown, light, false, false)) {
+    if (s.style == 19 || s.style == 12) {
+      EXPECT_EQ(s.back, CodeBackground(light)) << s.style;
+      ++seen;
+    } else if (s.style == 15) {
+      EXPECT_EQ(s.fore, light.mutedText);
+      ++seen;
+    }
+  }
+  EXPECT_EQ(seen, 3);
 }

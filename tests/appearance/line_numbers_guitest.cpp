@@ -39,19 +39,12 @@ class LineNumbersTest : public MainWindowTest {
   }
   // The margin as it paints itself now, or as the X server shows it: one entry per text row.
   std::vector<PaintedRow> Rows(bool onScreen = false) {
-    int left = 0, top = 0;
-    gtk_widget_translate_coordinates(gMain.margin, gMain.window, 0, 0, &left, &top);
-    const Snapshot s(gMain.margin);
-    GdkPixbuf* p = onScreen ? gdk_pixbuf_get_from_window(gtk_widget_get_window(gMain.window), left, top, s.width, s.height)
-                            : gdk_pixbuf_get_from_surface(s.surface, 0, 0, s.width, s.height);
-    const guchar* pixels = gdk_pixbuf_read_pixels(p);
-    const int stride = gdk_pixbuf_get_rowstride(p), channels = gdk_pixbuf_get_n_channels(p);
+    const Snapshot s(gMain.margin, onScreen);
     const int h = static_cast<int>(Send(SCI_TEXTHEIGHT, 0));
     std::vector<PaintedRow> rows(s.height / h);
     for (int y = 0; y < static_cast<int>(rows.size()) * h; ++y) {
       for (int x = 0; x < s.width - 1; ++x) {
-        const guchar* px = pixels + y * stride + x * channels;
-        const Colour colour = Rgb(px[0], px[1], px[2]);
+        const Colour colour = s.At(x, y);
         if (colour == GetThemeColors().lineNumberBackground) continue;
         PaintedRow& row = rows[y / h];
         row.ink = true;
@@ -60,7 +53,6 @@ class LineNumbersTest : public MainWindowTest {
         row.right = std::max(row.right, x);
       }
     }
-    g_object_unref(p);
     return rows;
   }
 };

@@ -5,6 +5,8 @@
 #include "appearance/current_theme.h"
 #include "appearance/status_bar_gtk.h"
 #include "appearance/theme_gtk.h"
+#include "appearance/toolbar.h"
+#include "gtk/object_ptr_gtk.h"
 #include "common/command_ids.h"
 #include "document/document_ops_gtk.h"
 #include "support/main_window_fixture.h"
@@ -64,6 +66,16 @@ TEST_F(StatusBarTest, TextsFollowTheCaretTheSelectionAndTheZoom) {
     Pump(gMain.window);
     ExpectShows(0, "  Ln 111, Col 4");
   }
+
+  // Wrapping lays the lines out again after the command: the line follows the new layout.
+  if (settings::gSettings.wordWrap) ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  SetText(std::string(600, 'w') + "\n" + std::string(600, 'x') + "\nthird " + std::string(300, 'y'));
+  Send(SCI_GOTOPOS, Send(SCI_POSITIONFROMLINE, 2) + 204);
+  ExpectShows(0, "  Ln 3, Col 205");
+  ASSERT_TRUE(DispatchCommand(kCmdWordWrap));  // on: the two long lines take several rows
+  EXPECT_TRUE(WaitUntil([&] { return StatusBarTexts(gMain.statusBar)[0] != "  Ln 3, Col 205"; }, 5));
+  ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  ExpectShows(0, "  Ln 3, Col 205");
 }
 
 TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
@@ -71,11 +83,12 @@ TEST_F(StatusBarTest, EncodingAndLineEndingsFollowTheDocument) {
       {"wide.txt", std::string("\xFE\xFF\0a\0\r\0\n\0b", 10), "  UTF-16 BE", "  CRLF"},
       {"old.txt", "\xEF\xBB\xBFone\rtwo\r", "  UTF-8 BOM", "  CR"}};
   for (const auto& f : files) {
-    bool loaded = false;
-    LoadAsDocument(MainDocumentWindow(), WriteFile(f.name, f.bytes), [&](bool ok) { loaded = ok; });
-    ASSERT_TRUE(WaitUntil([&] { return loaded; }));
+    ASSERT_TRUE(LoadDocument(WriteFile(f.name, f.bytes)));
     ExpectShows(2, f.encoding);
     ExpectShows(3, f.ends);
+    // A save writes UTF-8 (keeping a byte-order mark): the bar describes the file on disk.
+    ASSERT_TRUE(SaveDocument(MainDocumentWindow()));
+    ExpectShows(2, f.bytes[0] == '\xEF' ? "  UTF-8 BOM" : "  UTF-8");
   }
   ASSERT_TRUE(DispatchCommand(kCmdNew));
   ExpectShows(2, "  UTF-8");
@@ -105,4 +118,21 @@ TEST_F(StatusBarTest, PaintsItsPartsInTheThemeColours) {
     }
     EXPECT_LT(ink, 100) << "part " << i;
   }
+}
+
+TEST_F(StatusBarTest, ANarrowWindowKeepsTheZoomAndEveryButtonOnScreen) {
+  gtk_window_resize(GTK_WINDOW(gMain.window), 400, 400);
+  ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(gMain.statusBar) < 900; }, 5));
+  PaintAndWait(gMain.window);
+  const int width = gtk_widget_get_allocated_width(gMain.statusBar);
+  // The zoom part starts where the fourth part ends and needs room for "  100%".
+  const auto edges = StatusBarPartEdges(gMain.statusBar);
+  GObjectPtr<PangoLayout> zoom(gtk_widget_create_pango_layout(gMain.statusBar, "  100%"));
+  int zoomWidth = 0, h = 0;
+  pango_layout_get_pixel_size(zoom.get(), &zoomWidth, &h);
+  EXPECT_LE(edges[kStatusPartCount - 2] + zoomWidth, width - 16) << "status bar " << width << " px";
+  const int toolbar = gtk_widget_get_allocated_width(gMain.toolbar);
+  Toolbar buttons = MakeToolbar(gMain.commands);
+  LayoutToolbar(buttons, toolbar);
+  EXPECT_LE(buttons.buttons.back().rect.right, toolbar) << "toolbar " << toolbar << " px";
 }

@@ -44,16 +44,7 @@ class ToolbarTest : public MainWindowTest {
     GdkCursor* c = gdk_window_get_cursor(gtk_widget_get_window(gMain.toolbar));
     return c ? gdk_cursor_get_cursor_type(c) : GDK_ARROW;  // none set: the parent's arrow
   }
-  void Type(const char* text) {
-    Send(sci::SCI_GOTOPOS, Send(sci::SCI_GETLENGTH));
-    sci::SendPtr(gMain.editor, sci::SCI_REPLACESEL, 0, text);
-  }
 };
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 }  // namespace
 
@@ -109,19 +100,17 @@ TEST_F(ToolbarTest, PressRunsTheCommandThroughTheMainWindow) {
 
 TEST_F(ToolbarTest, SaveIsOfferedOnlyWhileTheDocumentIsModifiedAndLightsUnderThePointer) {
   const std::string path = WriteFile("notes.txt", "first");
-  bool loaded = false;
-  LoadAsDocument(MainDocumentWindow(), path, [&](bool ok) { loaded = ok; });
-  ASSERT_TRUE(WaitUntil([&] { return loaded; }));
+  ASSERT_TRUE(LoadDocument(path));
   const ToolbarButton& save = State().buttons[Index(kCmdSave)];
   EXPECT_FALSE(save.enabled);
   // Grey: not hot, no hand, and a press writes nothing over the file changed elsewhere.
   Hover(kCmdSave);
   EXPECT_EQ(State().hot, -1);
   EXPECT_EQ(Cursor(), GDK_ARROW);
-  std::ofstream(path, std::ios::binary) << "changed elsewhere";
+  WriteFile("notes.txt", "changed elsewhere");
   Press(kCmdSave);
   Pump(gMain.window);
-  EXPECT_EQ(Read(path), "changed elsewhere");
+  EXPECT_EQ(ReadFile(path), "changed elsewhere");
 
   // Typing offers it: under the pointer it lights up, in the theme's colours, with the hand.
   SetTheme(1, true);
@@ -151,7 +140,7 @@ TEST_F(ToolbarTest, SaveIsOfferedOnlyWhileTheDocumentIsModifiedAndLightsUnderThe
   // Pressed, it saves and goes grey under the pointer, the hand with it.
   Hover(kCmdSave);
   Press(kCmdSave);
-  EXPECT_EQ(Read(path), "first draft");
+  EXPECT_EQ(ReadFile(path), "first draft");
   EXPECT_FALSE(gMain.doc.modified);
   EXPECT_FALSE(save.enabled);
   EXPECT_EQ(State().hot, -1);

@@ -24,7 +24,7 @@ Toolbar MakeToolbar() {
   CommandTable t;
   const std::pair<int, const char*> rows[] = {{kCmdNew, "New"},       {kCmdOpen, "Open"},         {kCmdSave, "Save"},
                                               {kCmdExport, "Export"}, {kCmdSettings, "Settings"}, {kCmdHelp, "Help"}};
-  for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", {}, {}});
+  for (const auto& [id, label] : rows) AddCommand(t, {id, label, {}, "", [] {}, {}});
   return nebro::appearance::MakeToolbar(t);
 }
 
@@ -32,22 +32,16 @@ Toolbar MakeToolbar() {
 
 TEST(Toolbar, LayoutCentresTheRowButNeverLeftOfEight) {
   Toolbar t = MakeToolbar();
-  // A narrow client starts at 8 and lets the row run past the right edge.
-  LayoutToolbar(t, 400);
-  EXPECT_EQ(Lefts(t), (std::vector<int>{8, 91, 174, 257, 340, 423}));
-  for (const ToolbarButton& b : t.buttons) {
-    EXPECT_EQ(b.rect.top, 6);
-    EXPECT_EQ(b.rect.bottom, 36);
-    EXPECT_EQ(b.rect.right - b.rect.left, 75);
-  }
-  // A wide one centres it: (1200 - 490) / 2 = 355.
+  // A wide client centres the row of 75-pixel buttons 8 apart: (1200 - 490) / 2 = 355.
   LayoutToolbar(t, 1200);
   EXPECT_EQ(Lefts(t), (std::vector<int>{355, 438, 521, 604, 687, 770}));
-  // An odd remainder rounds down.
-  const std::pair<int, int> firstLeft[] = {{506, 8}, {507, 8}, {509, 9}, {0, 8}};
+  // A narrow one starts at 8 and lets the row run past the right edge; an odd remainder rounds
+  // down.
+  const std::pair<int, int> firstLeft[] = {{400, 8}, {506, 8}, {507, 8}, {509, 9}, {0, 8}};
   for (const auto& [width, left] : firstLeft) {
     LayoutToolbar(t, width);
     EXPECT_EQ(t.buttons[0].rect.left, left) << width;
+    EXPECT_EQ(t.buttons[5].rect.left, left + 5 * 83) << width;
   }
 }
 
@@ -78,73 +72,61 @@ TEST(Toolbar, HitTestAndTheSaveButtonFollowingTheModifiedFlag) {
   EXPECT_EQ(t.hot, -1);
   EXPECT_TRUE(t.buttons[0].pressed);  // the others are left alone
   EXPECT_TRUE(t.buttons[3].enabled);
+  // A command without a handler (its window not built yet) is greyed whatever the document.
+  CommandTable rows;
+  AddCommand(rows, {kCmdHelp, "Help", {}, "", {}, {}});
+  Toolbar unbuilt = nebro::appearance::MakeToolbar(rows);
+  LayoutToolbar(unbuilt, 1200);
+  UpdateToolbarEnabled(unbuilt, true);
+  EXPECT_FALSE(unbuilt.buttons[5].enabled);
+  EXPECT_EQ(ToolbarHitTest(unbuilt, 800, 20), -1);
+  EXPECT_TRUE(unbuilt.buttons[0].enabled);  // no row at all: nothing to say it is missing
 }
 
-TEST(Toolbar, ButtonColoursByState) {
+TEST(Toolbar, ButtonLooksByState) {
+  const int open = 1, e = kToolbarExportIndex, save = kToolbarSaveIndex;
   for (ThemeId id = 0; id < kThemeCount; ++id) {
     SCOPED_TRACE(ThemeName(id));
     const ThemeColors& c = ThemeColorsFor(id);
     Toolbar t = MakeToolbar();
-    const int open = 1;
+    auto look = [&](int i) { return ToolbarButtonLookFor(t, i, c); };
+    EXPECT_EQ(look(open).fill, c.inputBackground);  // resting
+    EXPECT_FALSE(look(open).highlightLine || look(open).accentLine);
+    // Export is the accent button: every light theme shares one resting fill; dark themes get a
+    // fill of their own, bluer than an ordinary button.
+    EXPECT_TRUE(look(e).accentLine);
+    if (c.isDark) {
+      EXPECT_GT(BlueOf(look(e).fill), BlueOf(c.inputBackground));
+    } else {
+      EXPECT_EQ(look(e).fill, ToolbarButtonLookFor(t, e, ThemeColorsFor(1)).fill);
+    }
 
-    ToolbarButtonLook look = ToolbarButtonLookFor(t, open, c);  // resting
-    EXPECT_EQ(look.fill, c.inputBackground);
-    EXPECT_EQ(look.outline, c.pressedBackground);
-    EXPECT_EQ(look.text, c.controlText);
-    EXPECT_FALSE(look.highlightLine || look.accentLine);
-
+    // Under the pointer: the hover fill, the focus outline, strong text and the highlight.
     t.hot = open;
-    look = ToolbarButtonLookFor(t, open, c);
-    EXPECT_EQ(look.fill, c.hoverBackground);
-    EXPECT_EQ(look.outline, c.buttonFocusBorder);
-    EXPECT_EQ(look.text, c.strongText);
-    EXPECT_TRUE(look.highlightLine);
-    const Colour hoverFill = look.fill;
-
-    // Pressed (under the mouse, as a press always is): a fill darker than hovering.
+    EXPECT_EQ(look(open).fill, c.hoverBackground);
+    EXPECT_EQ(look(open).outline, c.buttonFocusBorder);
+    EXPECT_EQ(look(open).text, c.strongText);
+    EXPECT_TRUE(look(open).highlightLine);
+    EXPECT_EQ(look(0).fill, c.inputBackground);  // another button is unaffected by the hot one
+    // Pressed (under the mouse, as a press always is): a fill darker than hovering and resting.
     t.buttons[open].pressed = true;
-    look = ToolbarButtonLookFor(t, open, c);
-    EXPECT_LT(Luma(look.fill), Luma(hoverFill));
-    EXPECT_LT(Luma(look.fill), Luma(c.inputBackground));
-    EXPECT_EQ(look.text, c.strongText);
-    // Another button is unaffected by the hot one.
-    EXPECT_EQ(ToolbarButtonLookFor(t, 0, c).fill, c.inputBackground);
+    EXPECT_LT(Luma(look(open).fill), Luma(c.hoverBackground));
+    EXPECT_LT(Luma(look(open).fill), Luma(c.inputBackground));
+    EXPECT_EQ(look(open).text, c.strongText);
+    // Export hot: the highlight drawn over the accent; pressed: the accent goes.
+    t.hot = e;
+    EXPECT_EQ(look(e).fill, c.hoverBackground);
+    EXPECT_TRUE(look(e).accentLine && look(e).highlightLine);
+    t.buttons[e].pressed = true;
+    EXPECT_EQ(look(e).fill, c.pressedBackground);
+    EXPECT_FALSE(look(e).accentLine);
 
     // The disabled Save button is flat grey and never lights up, whatever the state says.
-    t.hot = kToolbarSaveIndex;
-    t.buttons[kToolbarSaveIndex].pressed = true;
-    look = ToolbarButtonLookFor(t, kToolbarSaveIndex, c);
-    EXPECT_EQ(look.fill, c.toolbarBackground);
-    EXPECT_EQ(look.text, c.disabledText);
-    EXPECT_EQ(look.outline, c.pressedBackground);
-    EXPECT_FALSE(look.highlightLine || look.accentLine);
+    t.hot = save;
+    t.buttons[save].pressed = true;
+    EXPECT_EQ(look(save).fill, c.toolbarBackground);
+    EXPECT_EQ(look(save).text, c.disabledText);
+    EXPECT_EQ(look(save).outline, c.pressedBackground);
+    EXPECT_FALSE(look(save).highlightLine || look(save).accentLine);
   }
-}
-
-TEST(Toolbar, ExportIsTheAccentButton) {
-  const int e = kToolbarExportIndex;
-  Toolbar t = MakeToolbar();
-  // Every light theme shares one resting fill; dark themes get a fill of their own, bluer than
-  // an ordinary button.
-  const Colour lightFill = ToolbarButtonLookFor(t, e, ThemeColorsFor(1)).fill;
-  for (ThemeId id = 0; id < kThemeCount; ++id) {
-    const ThemeColors& c = ThemeColorsFor(id);
-    const ToolbarButtonLook look = ToolbarButtonLookFor(t, e, c);
-    EXPECT_TRUE(look.accentLine) << id;
-    if (c.isDark) {
-      EXPECT_GT(BlueOf(look.fill), BlueOf(c.inputBackground)) << id;
-    } else {
-      EXPECT_EQ(look.fill, lightFill) << id;
-    }
-  }
-  // Hot: the hover fill, the highlight drawn over the accent; pressed: the accent goes.
-  const ThemeColors& dark = ThemeColorsFor(0);
-  t.hot = e;
-  ToolbarButtonLook look = ToolbarButtonLookFor(t, e, dark);
-  EXPECT_EQ(look.fill, dark.hoverBackground);
-  EXPECT_TRUE(look.accentLine && look.highlightLine);
-  t.buttons[e].pressed = true;
-  look = ToolbarButtonLookFor(t, e, dark);
-  EXPECT_EQ(look.fill, dark.pressedBackground);
-  EXPECT_FALSE(look.accentLine);
 }

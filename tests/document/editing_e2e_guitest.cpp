@@ -11,37 +11,9 @@
 namespace fs = std::filesystem;
 using nebro::test::Child;
 using nebro::test::Shell;
+using nebro::test::WaitForWindow;
 
 namespace {
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-// Waits until a window whose whole title is `title` exists; returns its id or "".
-std::string WaitForWindow(const std::string& title) {
-  for (int i = 0; i < 100; ++i) {
-    const std::string out = "/tmp/nebro-e2e-window";
-    if (Shell("xdotool search --name '^" + title + "$' > " + out + " 2>/dev/null") == 0) {
-      std::string id;
-      std::ifstream(out) >> id;
-      if (!id.empty()) return id;
-    }
-    usleep(100000);
-  }
-  return "";
-}
-
-struct Session {
-  std::string dir;
-  Session() {
-    char name[] = "/tmp/nebro-e2e-XXXXXX";
-    dir = mkdtemp(name);
-  }
-  ~Session() { fs::remove_all(dir); }
-  std::vector<std::string> Env() const { return {"XDG_CONFIG_HOME=" + dir + "/cfg", "G_MESSAGES_DEBUG=Nebro"}; }
-};
 
 void TypeAndSave(const std::string& name) {
   const std::string id = WaitForWindow("Nebro - " + name);
@@ -57,7 +29,7 @@ void TypeAndSave(const std::string& name) {
 }  // namespace
 
 TEST(EditingSession, TypeAndSaveKeepsEncodingRules) {
-  Session s;
+  nebro::test::Sandbox s;
   struct Case {
     std::string name, before, after;
   } cases[] = {
@@ -67,12 +39,11 @@ TEST(EditingSession, TypeAndSaveKeepsEncodingRules) {
       {"mixed.cpp", "int a;\r\nint b;\nint c;\r", "int a;\r\nint b;\nint c;\rtyped here"},
   };
   for (const Case& c : cases) {
-    const std::string file = s.dir + "/" + c.name;
-    std::ofstream(file, std::ios::binary) << c.before;
+    const std::string file = s.Write(c.name, c.before);
     Child nebro({NEBRO_EXECUTABLE, file}, s.Env());
     ASSERT_TRUE(nebro.WaitForLine("FileLoad completed successfully")) << nebro.Output();
     TypeAndSave(c.name);
-    EXPECT_EQ(Read(file), c.after) << c.name;
+    EXPECT_EQ(nebro::test::ReadBytes(file), c.after) << c.name;
     nebro.Signal(SIGTERM);
     EXPECT_EQ(nebro.Wait(), 0);
   }

@@ -95,20 +95,6 @@ TEST(FileSave, ShorterTextReplacesTheWholeFileAndTheLockMovesToIt) {
   EXPECT_EQ(ReadBytes(path), "\xEF\xBB\xBF");
 }
 
-TEST(FileSave, SaveAsWritesTheChosenFileAndReleasesTheOldOne) {
-  TempFolder folder;
-  const std::string oldPath = folder / "old.txt";
-  const std::string newPath = folder / "new.md";
-  WriteBytes(oldPath, "old content");
-  LoadResult loaded = LoadDocumentFile(oldPath, kNoLimit);
-  Lock lock{loaded.lock.Release()};
-  ASSERT_TRUE(Save(newPath, "new content", TextEncoding::Utf8, lock.fd).Ok());
-  EXPECT_EQ(ReadBytes(oldPath), "old content");
-  EXPECT_EQ(ReadBytes(newPath), "new content");
-  EXPECT_EQ(OpenDocumentFile(newPath).error, kOpenErrorLocked);
-  EXPECT_EQ(OpenDocumentFile(oldPath).error, 0);  // no longer held
-}
-
 TEST(FileSave, FullDiskLosesNothing) {
   TempFolder folder;
   const std::string disk = folder / "small";

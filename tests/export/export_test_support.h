@@ -1,17 +1,15 @@
-// Helpers shared by the export tests: styled documents written as runs, and comparison with
-// stored expected outputs in tests/data/export/.
+// Helpers shared by the export tests: styled documents written as runs, and the C++ styles.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <initializer_list>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "appearance/themes.h"
+#include "support/disk_fixtures.h"
 #include "export/styled_text.h"
 
 namespace nebro::testing {
@@ -50,34 +48,7 @@ inline exports::ExportStyleTable CppStyles(const appearance::ThemeColors& theme)
   return table;
 }
 
-inline std::string DataPath(const std::string& name) {
-  return std::string(NEBRO_TEST_DATA) + "/export/" + name;
-}
-
-inline std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << in.rdbuf();
-  return bytes.str();
-}
-
-inline void WriteFile(const std::string& path, std::string_view bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-// Compares with the stored expectation; on a mismatch (or a missing file) the actual output is
-// written beside it as <name>.new for inspection.
-inline void ExpectStored(std::string_view actual, const std::string& name) {
-  const std::string path = DataPath(name);
-  std::ifstream probe(path, std::ios::binary);
-  const bool present = static_cast<bool>(probe);
-  const std::string expected = present ? ReadFile(path) : std::string();
-  if (!present || expected != actual) {
-    WriteFile(path + ".new", actual);
-    ADD_FAILURE() << (present ? "output differs from " : "no stored output ") << path
-                  << "; the actual output is in " << path << ".new";
-  }
-}
+using test::ExpectStored;
+using test::ReadBytes;
 
 }  // namespace nebro::testing

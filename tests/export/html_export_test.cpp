@@ -46,12 +46,12 @@ TEST(HtmlExport, CppDocumentMatchesStoredPage) {
       {");", 10}, {" ", 0}, {"// \xE6\x97\xA5\xE6\x9C\xAC", 2}, {"\n", 0},
       {"}", 10}, {"\n", 0},
   });
-  ExpectStored(Page(DarkInput(doc)), "cpp_dark.html");
+  ExpectStored(Page(DarkInput(doc)), "export/cpp_dark.html");
 }
 
 TEST(HtmlExport, EmptyDocumentAndTheNumberColumn) {
   // An empty text is one empty line.
-  ExpectStored(Page(DarkInput(Runs({}))), "empty.html");
+  ExpectStored(Page(DarkInput(Runs({}))), "export/empty.html");
 
   // 10,000 line breaks: 10,001 numbered lines, through every change in the number of digits.
   const std::string page = Page(DarkInput(Runs({{std::string(10000, '\n'), 0}})));

@@ -187,7 +187,7 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
   ASSERT_EQ(BuildHtmlPage(html, page), ExportResult::Ok);
   ASSERT_GT(page.size(), 2u << 20);  // many times the stream buffer
   ASSERT_EQ(ExportHtmlToFile(html, path), ExportResult::Ok);
-  EXPECT_TRUE(ReadFile(path) == page.view());
+  EXPECT_TRUE(ReadBytes(path) == page.view());
 
   RtfExportInput rtf;
   rtf.document = doc.view();
@@ -196,7 +196,7 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
   ASSERT_EQ(BuildRtf(rtf, bytes), ExportResult::Ok);
   ASSERT_GT(bytes.size(), 400000u);
   ASSERT_EQ(ExportRtfToFile(rtf, path), ExportResult::Ok);
-  EXPECT_TRUE(ReadFile(path) == bytes.view());
+  EXPECT_TRUE(ReadBytes(path) == bytes.view());
 
   // A cancel late in the document leaves the previous file as it was, and nothing beside it.
   const int64_t half = CountLineFeeds(doc.text) / 2;
@@ -205,7 +205,7 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
   ExportMonitor monitor;
   monitor.isCancelled = [&asked, half] { return ++asked == half; };
   EXPECT_EQ(ExportHtmlToFile(html, path, monitor), ExportResult::Cancelled);
-  EXPECT_TRUE(ReadFile(path) == bytes.view());
+  EXPECT_TRUE(ReadBytes(path) == bytes.view());
 
   // A file that stops taking bytes part-way (here: the file-size limit, set in a child process
   // so the test runner keeps its own) fails the export and leaves the previous file as well.
@@ -223,7 +223,7 @@ TEST(ExportRandomDocuments, FileFormsStreamTheSameBytes) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(ExportResult::WriteFailed)) << format;
-    EXPECT_TRUE(ReadFile(path) == bytes.view());
+    EXPECT_TRUE(ReadBytes(path) == bytes.view());
   }
 
   unlink(path.c_str());

@@ -60,9 +60,9 @@ TEST(RtfExport, CppDocumentMatchesStoredFiles) {
       {";", 10}, {" ", 0}, {"// done", 2}, {"\n", 0}, {"}", 10}, {"\n", 0},
   });
   // Dark: light colours are darkened for paper. Light: the theme's colours as they are.
-  ExpectStored(Rtf(Input(doc, 0)), "cpp_dark.rtf");
-  ExpectStored(Rtf(Input(doc, 1)), "cpp_light.rtf");
-  ExpectStored(Rtf(Input(Runs({}), 0)), "empty.rtf");
+  ExpectStored(Rtf(Input(doc, 0)), "export/cpp_dark.rtf");
+  ExpectStored(Rtf(Input(doc, 1)), "export/cpp_light.rtf");
+  ExpectStored(Rtf(Input(Runs({}), 0)), "export/empty.rtf");
 }
 
 TEST(RtfExport, PaperColoursAndTheColourTable) {
@@ -130,9 +130,7 @@ TEST(RtfExport, ProgressCancelAndFile) {
   const std::string path = folder / "doc.rtf";
   asked = 0;
   EXPECT_EQ(ExportRtfToFile(in, path, monitor), ExportResult::Cancelled);
-  EXPECT_NE(access(path.c_str(), F_OK), 0);
-  EXPECT_EQ(ExportRtfToFile(in, path), ExportResult::Ok);
-  EXPECT_EQ(ReadFile(path), Rtf(in));
+  EXPECT_NE(access(path.c_str(), F_OK), 0);  // (a finished file: random_documents_test)
 }
 
 TEST(RtfExport, MessageTexts) {

@@ -7,6 +7,7 @@
 #include "gtk/message_box_gtk.h"
 #include "appearance/current_theme.h"
 #include "settings/settings.h"
+#include "support/gui_helpers.h"
 
 using namespace nebro;
 using namespace nebro::appearance;
@@ -14,18 +15,7 @@ using namespace nebro::settings;
 
 namespace {
 
-GtkWidget* FindBox() {
-  GList* top = gtk_window_list_toplevels();
-  GtkWidget* found = nullptr;
-  for (GList* l = top; l; l = l->next) {
-    if (std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == "NebroMessageBox" &&
-        gtk_widget_get_visible(GTK_WIDGET(l->data))) {
-      found = GTK_WIDGET(l->data);
-    }
-  }
-  g_list_free(top);
-  return found;
-}
+GtkWidget* FindBox() { return nebro::testing::FindWindow("NebroMessageBox"); }
 
 // Shows a box and runs `act` on it once it is on screen.
 int ShowAndAct(int kind, const std::string& text, std::function<void(GtkWidget*)> act) {
@@ -43,30 +33,7 @@ int ShowAndAct(int kind, const std::string& text, std::function<void(GtkWidget*)
   return ShowMessageBox(nullptr, kind, text, "Nebro - Test");
 }
 
-void PressKey(GtkWidget* box, guint keyval) {
-  GdkEvent* ev = gdk_event_new(GDK_KEY_PRESS);
-  ev->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(box)));
-  ev->key.keyval = keyval;
-  ev->key.send_event = TRUE;
-  gdk_event_set_device(ev, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
-  gtk_main_do_event(ev);
-  gdk_event_free(ev);
-}
-
-uint32_t PixelAt(GtkWidget* widget, int x, int y) {
-  const int w = gtk_widget_get_allocated_width(widget), h = gtk_widget_get_allocated_height(widget);
-  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
-  cairo_t* cr = cairo_create(surface);
-  gtk_widget_draw(widget, cr);
-  cairo_destroy(cr);
-  cairo_surface_flush(surface);
-  const auto* row = cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-  const uint32_t pixel = reinterpret_cast<const uint32_t*>(row)[x] & 0xFFFFFF;  // 0xRRGGBB
-  cairo_surface_destroy(surface);
-  return pixel;
-}
-
-Colour AsRgb(Colour c) { return (RedOf(c) << 16) | (GreenOf(c) << 8) | BlueOf(c); }
+void PressKey(GtkWidget* box, guint keyval) { nebro::testing::SendKey(box, keyval); }
 
 }  // namespace
 
@@ -97,30 +64,37 @@ TEST(MessageBoxGui, ButtonsEscapeAndClose) {
 
 TEST(MessageBoxGui, BackgroundFollowsTheThemeAfterASwitch) {
   SetDefaultSettings(gSettings);
-  uint32_t seen = 0;
+  Colour seen = 0;
   auto sample = [&seen](GtkWidget* box) {
-    seen = PixelAt(box, 2, 2);
+    seen = nebro::testing::Snapshot(box).At(2, 2);
     gtk_window_close(GTK_WINDOW(box));
   };
   gSettings.theme = 0;
   ShowAndAct(kMbOk, "Dark.", sample);
-  EXPECT_EQ(seen, AsRgb(ThemeColorsFor(0).dialogBackground));
+  EXPECT_EQ(seen, ThemeColorsFor(0).dialogBackground);
   EXPECT_EQ(MessageBoxBrushTheme(), 0);
   gSettings.theme = 5;
   ShowAndAct(kMbOk, "Sepia.", sample);
-  EXPECT_EQ(seen, AsRgb(ThemeColorsFor(5).dialogBackground));
+  EXPECT_EQ(seen, ThemeColorsFor(5).dialogBackground);
   EXPECT_EQ(MessageBoxBrushTheme(), 5);
 }
 
-TEST(MessageBoxGui, HookAnswersWithoutShowing) {
-  std::vector<std::string> seen;
-  SetMessageBoxHook([&](int kind, const std::string& text, const std::string& title) {
-    seen.push_back(std::to_string(kind) + "|" + text + "|" + title);
-    return kMbResultDontSaveOrNo;
-  });
-  EXPECT_EQ(ShowMessageBox(nullptr, kMbYesNo, "Question?", "Nebro - Q"), kMbResultDontSaveOrNo);
-  SetMessageBoxHook(nullptr);
-  ASSERT_EQ(seen.size(), 1u);
-  EXPECT_EQ(seen[0], "3|Question?|Nebro - Q");
-  EXPECT_EQ(FindBox(), nullptr);
+TEST(MessageBoxGui, ButtonsHaveOneWidthAndOneGapAndTheFocusShows) {
+  SetDefaultSettings(gSettings);
+  for (ThemeId theme : {ThemeId{0}, ThemeId{1}}) {
+    gSettings.theme = theme;
+    ShowAndAct(kMbSaveDontSaveCancel, "Save changes to \"notes.txt\"?", [](GtkWidget* box) {
+      GtkAllocation a[3];
+      for (int i = 0; i < 3; ++i) gtk_widget_get_allocation(FindChildByName(box, std::to_string(2501 + i).c_str()), &a[i]);
+      EXPECT_EQ(a[0].width, a[1].width);  // "Don't Save" is no wider than the others
+      EXPECT_EQ(a[1].width, a[2].width);
+      EXPECT_EQ(a[1].x - (a[0].x + a[0].width), a[2].x - (a[1].x + a[1].width));
+      EXPECT_GT(a[2].x - (a[1].x + a[1].width), 0);
+      // The focused button (the first) differs from an unfocused one where the ring runs.
+      nebro::testing::PaintAndWait(box);
+      const nebro::testing::Snapshot focused(FindChildByName(box, "2501")), plain(FindChildByName(box, "2503"));
+      EXPECT_GT(nebro::testing::ColourDistance(focused.At(3, focused.height / 2), plain.At(3, plain.height / 2)), 100);
+      PressKey(box, GDK_KEY_Escape);
+    });
+  }
 }

@@ -18,16 +18,12 @@ ReplaceAllResult ReplaceAll(std::string_view range, std::string_view find, std::
   return ReplaceAllLiteral(range, find, replace, ReplaceAllOptions{matchCase, wholeWord, preserveCase});
 }
 
+// Positions in the new text after multi-byte characters and folded matches are compared with the
+// plain scan over random texts in find_replace_differential_test.
 TEST(FindReplaceReplaceAll, PositionsInTheNewText) {
-  auto r = ReplaceAll("cat Cat CAT", "cat", "mouse", false, false, false);
-  EXPECT_EQ(r.newText, "mouse mouse mouse");
-  EXPECT_EQ(r.replaced, (Matches{{0, 5}, {6, 11}, {12, 17}}));
-  r = ReplaceAll("cat Cat CAT", "cat", "", true, false, false);
+  auto r = ReplaceAll("cat Cat CAT", "cat", "", true, false, false);  // an empty replacement
   EXPECT_EQ(r.newText, " Cat CAT");
   EXPECT_EQ(r.replaced, (Matches{{0, 0}}));
-  // Positions are bytes of the new text, after multi-byte characters and folded matches.
-  r = ReplaceAll("\xC3\x84\xC3\x96 foo \xC3\x84\xC3\x96 FOO", "foo", "quux", false, false, false);
-  EXPECT_EQ(r.replaced, (Matches{{5, 9}, {15, 19}}));
   r = ReplaceAll("\xF0\x9F\x98\x80" "foo\xF0\x9F\x98\x80", "foo", "x", true, true, false);
   EXPECT_EQ(r.newText, "\xF0\x9F\x98\x80" "x\xF0\x9F\x98\x80");  // an emoji is no letter
   EXPECT_EQ(r.replaced, (Matches{{4, 5}}));

@@ -14,37 +14,16 @@
 #include "common/utf.h"
 #include "search/regex_worker.h"
 #include "search/results_file.h"
+#include "support/disk_fixtures.h"
 
 namespace nebro::search {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
-
-// Compares with a stored expectation; a mismatch leaves the actual bytes in a .new file beside it.
-void ExpectMatchesStored(const std::string& actual, const std::string& name) {
-  const fs::path expected = fs::path(NEBRO_TEST_DATA) / "search" / name;
-  if (actual != ReadFile(expected)) {
-    std::ofstream(expected.string() + ".new", std::ios::binary) << actual;
-    ADD_FAILURE() << "differs from " << expected << "; see the .new file beside it";
-  }
-}
-
-struct TempFolder {
-  fs::path path;
-  explicit TempFolder(const char* tag) {
-    path = fs::temp_directory_path() /
-           (std::string("nebro_regex_session_") + tag + "_" + std::to_string(::getpid()));
-    fs::remove_all(path);
-  }
-  ~TempFolder() { fs::remove_all(path); }
-};
+using test::ExpectStored;
+using test::ReadBytes;
+using test::TempFolder;
 
 RegexMatch Match(int64_t start, int64_t end, std::u16string text, int64_t line) {
   RegexMatch m;
@@ -57,10 +36,10 @@ RegexMatch Match(int64_t start, int64_t end, std::u16string text, int64_t line) 
 
 TEST(RegexResults, NamesAndClock) {
   // The folder is made when it is missing; the milliseconds are not padded.
-  TempFolder folder("names");
-  const std::string dir = folder.path.string();
+  TempFolder folder;
+  const std::string dir = folder / "results";
   EXPECT_EQ(NewResultsPath(dir, ResultsTime{2025, 3, 7, 9, 15, 2, 7}), dir + "/regex_20250307_091502_7.txt");
-  EXPECT_TRUE(fs::is_directory(folder.path));
+  EXPECT_TRUE(fs::is_directory(dir));
   EXPECT_EQ(NewResultsPath(dir + "/", ResultsTime{2024, 12, 31, 23, 59, 59, 999}),
             dir + "/regex_20241231_235959_999.txt");
   EXPECT_EQ(NewResultsPath("", ResultsTime{}), "");
@@ -70,8 +49,8 @@ TEST(RegexResults, NamesAndClock) {
 }
 
 TEST(RegexResults, SessionFileBytes) {
-  TempFolder folder("bytes");
-  const std::string dir = folder.path.string();
+  TempFolder folder;
+  const std::string dir = folder.Path();
   RegexResultsLog log;
 
   // A dialog action before any Find All makes a new file with the short header.
@@ -94,7 +73,7 @@ TEST(RegexResults, SessionFileBytes) {
   CloseResultsFile(log);
   const std::string dialogPath = log.resultsPath;
   EXPECT_EQ(dialogPath, dir + "/regex_20250307_091502_7.txt");
-  ExpectMatchesStored(ReadFile(dialogPath), "regex_session_dialog.txt");
+  ExpectStored(ReadBytes(dialogPath), "search/regex_session_dialog.txt");
 
   // A Find All session: header, batches in both output styles, footer. A new session truncates
   // a file of the same name.
@@ -110,35 +89,26 @@ TEST(RegexResults, SessionFileBytes) {
   WriteResultsBatch(session, {Match(40, 42, u"ok", 5), Match(45, 45, u"", 5)}, 3, 0);
   WriteFindAllFooter(session, 5, ResultsTime{2025, 3, 7, 8, 1, 0, 0});
   CloseResultsFile(session);
-  ExpectMatchesStored(ReadFile(session.resultsPath), "regex_session_results.txt");
+  ExpectStored(ReadBytes(session.resultsPath), "search/regex_session_results.txt");
 
-  // Writers skip a file that is not open.
-  RegexResultsLog closed;
-  WriteFindAllHeader(closed, u"x", true, true, t);
-  WriteResultsBatch(closed, {Match(0, 1, u"x", 1)}, 1, 1);
-  WriteFindAllFooter(closed, 1, t);
-  WriteLogEntry(closed, "x");
-  EXPECT_FALSE(ResultsFileOpen(closed));
-  // And a folder that cannot be made leaves the log closed.
+  // A folder that cannot be made leaves the log closed, and the writers skip a closed file.
   RegexResultsLog nowhere;
   EnsureSessionLog(nowhere, "/proc/nebro-no-such-folder", t, "p");
   EXPECT_FALSE(ResultsFileOpen(nowhere));
-}
-
-void SetAge(const fs::path& path, std::chrono::system_clock::time_point now,
-            std::chrono::nanoseconds age) {
-  const auto when =
-      std::chrono::duration_cast<std::chrono::nanoseconds>((now - age).time_since_epoch()).count();
-  timespec times[2];
-  times[0].tv_sec = times[1].tv_sec = when / 1'000'000'000;
-  times[0].tv_nsec = times[1].tv_nsec = when % 1'000'000'000;
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0) << path;
+  WriteFindAllHeader(nowhere, u"x", true, true, t);
+  WriteResultsBatch(nowhere, {Match(0, 1, u"x", 1)}, 1, 1);
+  WriteFindAllFooter(nowhere, 1, t);
+  WriteLogEntry(nowhere, "x");
+  EXPECT_FALSE(ResultsFileOpen(nowhere));
 }
 
 TEST(RegexResults, CleanupBySevenDays) {
-  TempFolder folder("cleanup");
-  fs::create_directories(folder.path);
+  TempFolder folder;
   const auto now = std::chrono::system_clock::now();
+  auto age = [&](const std::string& name, std::chrono::nanoseconds old) {
+    const auto when = std::chrono::duration_cast<std::chrono::nanoseconds>((now - old).time_since_epoch());
+    ASSERT_TRUE(test::SetFileTime(folder / name, when.count())) << name;
+  };
   using std::chrono::hours;
   using std::chrono::nanoseconds;
   using std::chrono::seconds;
@@ -159,22 +129,22 @@ TEST(RegexResults, CleanupBySevenDays) {
       {"temp_20250101_000000_001.txt", hours(24 * 30), true},
   };
   for (const Case& c : cases) {
-    std::ofstream(folder.path / c.name) << "x";
-    SetAge(folder.path / c.name, now, c.age);
+    test::WriteBytes(folder / c.name, "x");
+    age(c.name, c.age);
   }
   // A directory and a symbolic link named like results files are not regular files.
-  fs::create_directory(folder.path / "regex_dir.txt");
-  SetAge(folder.path / "regex_dir.txt", now, hours(24 * 30));
-  fs::create_symlink(folder.path / "regex_young.txt", folder.path / "regex_link.txt");
-  SetAge(folder.path / "regex_link.txt", now, hours(24 * 30));
+  fs::create_directory(folder / "regex_dir.txt");
+  age("regex_dir.txt", hours(24 * 30));
+  fs::create_symlink(folder / "regex_young.txt", folder / "regex_link.txt");
+  age("regex_link.txt", hours(24 * 30));
 
-  EXPECT_EQ(CleanupOldResults(folder.path.string(), now), 3);
-  for (const Case& c : cases) EXPECT_EQ(fs::exists(folder.path / c.name), c.kept) << c.name;
-  EXPECT_TRUE(fs::is_directory(folder.path / "regex_dir.txt"));
-  EXPECT_TRUE(fs::is_symlink(folder.path / "regex_link.txt"));
+  EXPECT_EQ(CleanupOldResults(folder.Path(), now), 3);
+  for (const Case& c : cases) EXPECT_EQ(fs::exists(folder / c.name), c.kept) << c.name;
+  EXPECT_TRUE(fs::is_directory(folder / "regex_dir.txt"));
+  EXPECT_TRUE(fs::is_symlink(folder / "regex_link.txt"));
 
   // A missing or empty folder is not an error.
-  EXPECT_EQ(CleanupOldResults((folder.path / "missing").string(), now), 0);
+  EXPECT_EQ(CleanupOldResults(folder / "missing", now), 0);
   EXPECT_EQ(CleanupOldResults("", now), 0);
 }
 
@@ -213,13 +183,13 @@ RegexSearchRequest Request(std::u16string pattern, std::string document, uint64_
 }
 
 TEST(RegexWorker, FindAllFindMoreToTheEndWithResultsFile) {
-  TempFolder folder("worker");
+  TempFolder folder;
   RegexSearchState state;
   Recorder recorder;
   const std::string document =
       "a1 b2\nc3 d\xC3\xA9"
       "4 e5\nf6 \xF0\x9F\x98\x80g7";
-  RegexWorkerHooks hooks = recorder.Hooks(folder.path.string());
+  RegexWorkerHooks hooks = recorder.Hooks(folder.Path());
 
   RegexSearchRequest request = Request(u"\\w\\d", document, 2, 0);
   EXPECT_EQ(RunRegexSearch(request, state, hooks), RegexCompletion::Stopped);
@@ -231,7 +201,7 @@ TEST(RegexWorker, FindAllFindMoreToTheEndWithResultsFile) {
   EXPECT_EQ(state.savedCursor, 5u);
   EXPECT_EQ(state.documentLength, 23u);
   EXPECT_EQ(state.documentUtf8, document);
-  EXPECT_EQ(state.log.resultsPath, (folder.path / "regex_20250307_091502_7.txt").string());
+  EXPECT_EQ(state.log.resultsPath, folder / "regex_20250307_091502_7.txt");
   EXPECT_FALSE(ResultsFileOpen(state.log));
 
   for (RegexCompletion expected : {RegexCompletion::Stopped, RegexCompletion::Stopped, RegexCompletion::Complete}) {
@@ -257,13 +227,13 @@ TEST(RegexWorker, FindAllFindMoreToTheEndWithResultsFile) {
   EXPECT_EQ(recorder.events.size(), eventsBefore + 1);  // only "begin"
   EXPECT_EQ(state.totalMatches, 6u);
 
-  ExpectMatchesStored(ReadFile(state.log.resultsPath), "regex_session_find_all.txt");
+  ExpectStored(ReadBytes(state.log.resultsPath), "search/regex_session_find_all.txt");
 }
 
 TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
-  TempFolder folder("worker");
+  TempFolder folder;
   Recorder recorder;
-  const RegexWorkerHooks hooks = recorder.Hooks(folder.path.string());
+  const RegexWorkerHooks hooks = recorder.Hooks(folder.Path());
   auto run = [&hooks](RegexSearchState& state, std::u16string pattern, std::string document,
                       uint64_t batchSize, uint64_t maxMatches, bool findMore = false) {
     RegexSearchRequest request = Request(std::move(pattern), std::move(document), batchSize, maxMatches, findMore);
@@ -276,7 +246,7 @@ TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
   EXPECT_EQ(run(capped, u"a", "aaaaaaaa", 5, 3), RegexCompletion::Stopped);
   EXPECT_EQ(capped.results.size(), 3u);
   EXPECT_FALSE(capped.sessionActive);
-  const std::string file = ReadFile(capped.log.resultsPath);
+  const std::string file = ReadBytes(capped.log.resultsPath);
   EXPECT_NE(file.find("a\na\na\n\n[FIND ALL] "), std::string::npos);
   EXPECT_NE(file.find("Total matches found: 3\n"), std::string::npos);
 
@@ -292,11 +262,11 @@ TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
   EXPECT_EQ(run(cancelled, u"a", "aaa", 2, 0), RegexCompletion::Stopped);
   EXPECT_TRUE(cancelled.results.empty());
   EXPECT_TRUE(cancelled.sessionActive);
-  EXPECT_EQ(ReadFile(cancelled.log.resultsPath).find("[FIND ALL]"), std::string::npos);
+  EXPECT_EQ(ReadBytes(cancelled.log.resultsPath).find("[FIND ALL]"), std::string::npos);
   cancelled.cancelRequested = false;
   EXPECT_EQ(run(cancelled, u"a", "aaa", 5, 0, true), RegexCompletion::Complete);
   EXPECT_EQ(cancelled.results.size(), 3u);
-  EXPECT_NE(ReadFile(cancelled.log.resultsPath).find("Total matches found: 3\n"), std::string::npos);
+  EXPECT_NE(ReadBytes(cancelled.log.resultsPath).find("Total matches found: 3\n"), std::string::npos);
 
   // An invalid pattern changes nothing of the session.
   RegexSearchState kept;
@@ -327,13 +297,11 @@ TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
   }
 }
 
-TEST(RegexWorker, StatusTextsAndRunawayPatterns) {
-  EXPECT_EQ(ProgressStatusText(5, 1, 3), u"Found 5 matches (33%)...");
-  EXPECT_EQ(ProgressStatusText(0, 3, 3), u"Found 0 matches (100%)...");
-
-  TempFolder folder("worker");
+// (The progress texts are seen in the events of FindAllFindMoreToTheEndWithResultsFile.)
+TEST(RegexWorker, LargeDocumentsAndRunawayPatterns) {
+  TempFolder folder;
   Recorder recorder;
-  RegexWorkerHooks hooks = recorder.Hooks(folder.path.string());
+  RegexWorkerHooks hooks = recorder.Hooks(folder.Path());
 
   // Large documents get a notice first.
   {
@@ -354,7 +322,7 @@ TEST(RegexWorker, StatusTextsAndRunawayPatterns) {
     EXPECT_EQ(state.results.size(), 1u);
     EXPECT_FALSE(state.sessionActive);
     EXPECT_EQ(recorder.events.back(), Utf16ToUtf8(kRegexTooComplexText));
-    EXPECT_EQ(ReadFile(state.log.resultsPath).find("[FIND ALL]"), std::string::npos);
+    EXPECT_EQ(ReadBytes(state.log.resultsPath).find("[FIND ALL]"), std::string::npos);
   }
 }
 

@@ -120,26 +120,19 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
     return !ok && EncodeSettingsRecord(loaded) == defaults;
   };
 
-  EXPECT_TRUE(loadsDefaults(""));
-  EXPECT_TRUE(loadsDefaults(good.substr(0, good.size() - 1)));  // one byte short
-  EXPECT_TRUE(loadsDefaults(good.substr(0, 10)));               // header cut
-  for (uint32_t version : {14u, 16u}) {
+  auto withVersion = [&good](uint32_t version) {
     std::string v = good;
     std::memcpy(&v[4], &version, 4);
-    EXPECT_TRUE(loadsDefaults(v)) << version;
+    return v;
+  };
+  // Empty, one byte short, the header cut, another version; a flipped byte of the magic, the
+  // size, the checksum or the record.
+  std::vector<std::string> bad = {"", good.substr(0, good.size() - 1), good.substr(0, 10), withVersion(14), withVersion(16)};
+  for (size_t at : {size_t(0), size_t(8), size_t(12), size_t(15), size_t(16), size_t(16 + 158), size_t(16 + 31484), good.size() - 1}) {
+    bad.push_back(good);
+    bad.back()[at] ^= 0x40;
   }
-  std::string size = good;
-  size[8] ^= 1;
-  EXPECT_TRUE(loadsDefaults(size));
-  std::string magic = good;
-  magic[0] = 'X';
-  EXPECT_TRUE(loadsDefaults(magic));
-  // Any single flipped byte of the record or of the checksum.
-  for (size_t at : {size_t(12), size_t(15), size_t(16), size_t(16 + 158), size_t(16 + 31484), good.size() - 1}) {
-    std::string flipped = good;
-    flipped[at] ^= 0x40;
-    EXPECT_TRUE(loadsDefaults(flipped)) << at;
-  }
+  for (const std::string& bytes : bad) EXPECT_TRUE(loadsDefaults(bytes)) << testing::PrintToString(bytes.substr(0, 16));
   EXPECT_FALSE(LoadSettingsFrom(dir.Path() + "/missing.cfg", s));
 
   // Extra bytes behind the record are ignored.
@@ -149,32 +142,23 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
   EXPECT_EQ(loaded.theme, 3u);
 
   // A version-14 file is replaced by a version-15 file at the next save.
-  std::string old = good;
-  const uint32_t v14 = 14;
-  std::memcpy(&old[4], &v14, 4);
-  WriteBytes(path, old);
+  WriteBytes(path, withVersion(14));
   LoadSettingsFrom(path, loaded);
   ASSERT_TRUE(SaveSettingsTo(path, loaded));
-  uint32_t version;
-  std::memcpy(&version, ReadBytes(path).data() + 4, 4);
-  EXPECT_EQ(version, 15u);
+  EXPECT_EQ(ReadBytes(path).substr(4, 4), withVersion(15).substr(4, 4));
 }
 
 TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
   TempFolder dir;
-  SetConfigRoot(dir.Path() + "/cfg");
+  SetConfigRoot(dir.Path() + "/cfg");  // (the folder and the file in it: every GUI and start-up test)
   EXPECT_EQ(GetSettingsFolder(), dir.Path() + "/cfg/Nebro");
-  EXPECT_TRUE(fs::is_directory(dir.Path() + "/cfg/Nebro"));
-  EXPECT_EQ(GetSettingsFilePath(), dir.Path() + "/cfg/Nebro/nebro.cfg");
 
   const std::string pdf = MakeTempPdfPath();
   const std::string prefix = dir.Path() + "/cfg/Nebro/temp_";
   ASSERT_EQ(pdf.rfind(prefix, 0), 0u) << pdf;
   const std::string name = pdf.substr(prefix.size());
-  ASSERT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
-  EXPECT_EQ(name[8], '_');
-  EXPECT_EQ(name[15], '_');
-  EXPECT_EQ(name.substr(19), ".pdf");
+  EXPECT_EQ(name.size(), std::string("YYYYMMDD_HHMMSS_mmm.pdf").size()) << name;
+  EXPECT_EQ(name.substr(8, 1) + name.substr(15, 1) + name.substr(19), "__.pdf") << name;
 
   // No root at all: the bare name in the current directory.
   SetConfigRoot("");
@@ -186,37 +170,27 @@ TEST(SettingsFile, FolderFollowsTheConfigurationRoot) {
 TEST(SettingsFile, CleanupDeletesOnlyOldTemporaryDocuments) {
   TempFolder dir;
   const uint64_t now = 20000000000000000ull;  // some fixed moment, in 100 ns ticks
-  auto make = [&](const std::string& name, uint64_t ageTicks) {
-    const std::string path = dir.Path() + "/" + name;
-    WriteBytes(path, "x");
-    const uint64_t t = now - ageTicks;
-    timespec times[2];
-    times[0].tv_sec = times[1].tv_sec = static_cast<time_t>(t / 10000000u);
-    times[0].tv_nsec = times[1].tv_nsec = static_cast<long>(t % 10000000u) * 100;
-    utimensat(AT_FDCWD, path.c_str(), times, 0);
-    return path;
-  };
   const uint64_t hour = 36000000000ull;
-  const auto old = make("temp_20260101_000000_000.pdf", 25 * hour);
-  const auto oldCaps = make("temp_20260101_000000_001.HTML", 25 * hour);
-  const auto oldTxt = make("temp_20260101_000000_002.txt", 25 * hour);
-  const auto docx = make("temp_20260101_000000_003.docx", 25 * hour);
-  const auto fresh = make("temp_20260101_000000_004.pdf", 23 * hour);
-  const auto exact = make("temp_20260101_000000_005.pdf", 24 * hour);
-  const auto other = make("notes_20260101.pdf", 25 * hour);
-  const auto noDot = make("temp_nodot", 25 * hour);
-  fs::create_directory(dir.Path() + "/temp_20260101_000000_006.pdf");
+  const struct {
+    const char* name;
+    uint64_t age;
+    bool kept;
+  } cases[] = {
+      {"temp_20260101_000000_000.pdf", 25 * hour, false},  {"temp_20260101_000000_001.HTML", 25 * hour, false},
+      {"temp_20260101_000000_002.txt", 25 * hour, false},  {"temp_20260101_000000_003.docx", 25 * hour, true},
+      {"temp_20260101_000000_004.pdf", 23 * hour, true},
+      {"temp_20260101_000000_005.pdf", 24 * hour, true},  // exactly 24 hours to the tick is kept
+      {"notes_20260101.pdf", 25 * hour, true},             {"temp_nodot", 25 * hour, true},
+  };
+  for (const auto& c : cases) {
+    WriteBytes(dir / c.name, "x");
+    ASSERT_TRUE(SetFileTime(dir / c.name, static_cast<int64_t>(now - c.age) * 100));
+  }
+  fs::create_directory(dir / "temp_20260101_000000_006.pdf");
 
   CleanupTempFilesIn(dir.Path(), now);
-  EXPECT_FALSE(fs::exists(old));
-  EXPECT_FALSE(fs::exists(oldCaps));
-  EXPECT_FALSE(fs::exists(oldTxt));
-  EXPECT_TRUE(fs::exists(docx));
-  EXPECT_TRUE(fs::exists(fresh));
-  EXPECT_TRUE(fs::exists(exact));  // exactly 24 hours to the tick is kept
-  EXPECT_TRUE(fs::exists(other));
-  EXPECT_TRUE(fs::exists(noDot));
-  EXPECT_TRUE(fs::is_directory(dir.Path() + "/temp_20260101_000000_006.pdf"));
+  for (const auto& c : cases) EXPECT_EQ(fs::exists(dir / c.name), c.kept) << c.name;
+  EXPECT_TRUE(fs::is_directory(dir / "temp_20260101_000000_006.pdf"));
 }
 
 TEST(RecentLists, PushMovesToTheTopAndKeepsTen) {

@@ -44,6 +44,7 @@ class AccessibilityProbe {
       probe->result_.ok = g_spawn_check_wait_status(status, nullptr);
       probe->done_ = true;
       g_spawn_close_pid(pid);
+      if (!probe->result_.ok) CloseDialogs();
     }, this);
     pipes_[0] = {this, &result_.out};
     pipes_[1] = {this, &result_.err};
@@ -68,6 +69,21 @@ class AccessibilityProbe {
   }
 
  private:
+  // A failed step would leave a modal dialog waiting for an answer that never comes, and the
+  // test blocked in it: every dialog is answered with Cancel so the test can report the failure.
+  static void CloseDialogs() {
+    GList* windows = gtk_window_list_toplevels();
+    for (GList* l = windows; l; l = l->next) {
+      if (!gtk_widget_get_visible(GTK_WIDGET(l->data))) continue;
+      if (GTK_IS_DIALOG(l->data)) {
+        gtk_dialog_response(GTK_DIALOG(l->data), GTK_RESPONSE_CANCEL);
+      } else if (gtk_window_get_modal(GTK_WINDOW(l->data))) {
+        gtk_window_close(GTK_WINDOW(l->data));  // our message boxes take closing as Cancel
+      }
+    }
+    g_list_free(windows);
+  }
+
   struct Pipe {
     AccessibilityProbe* self;
     std::string* text;

@@ -57,7 +57,7 @@ def find(pid, role, name):
         return None
     for obj, _ in walk(app):
         try:
-            if obj.getRoleName() == role and (not name or obj.name == name) and showing(obj):
+            if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
                 return obj
         except Exception:
             continue

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/fsuid.h>
 #include <sys/mount.h>
@@ -21,6 +22,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nebro::test {
@@ -63,6 +65,28 @@ inline std::string ReadBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
+
+// Sets a file's access and modification times, without following a symbolic link.
+inline bool SetFileTime(const std::string& path, int64_t nanosecondsSinceEpoch) {
+  timespec times[2];
+  times[0].tv_sec = times[1].tv_sec = nanosecondsSinceEpoch / 1'000'000'000;
+  times[0].tv_nsec = times[1].tv_nsec = nanosecondsSinceEpoch % 1'000'000'000;
+  return utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+#ifdef NEBRO_TEST_DATA  // tests only; the benchmarks share the folders but store nothing
+// Compares with the stored expectation tests/data/<name>. On a mismatch (or a missing file) the
+// actual bytes are left beside it as <name>.new for inspection.
+inline void ExpectStored(std::string_view actual, const std::string& name) {
+  const std::string path = std::string(NEBRO_TEST_DATA) + "/" + name;
+  if (std::filesystem::exists(path) && ReadBytes(path) == actual) {
+    std::filesystem::remove(path + ".new");
+    return;
+  }
+  WriteBytes(path + ".new", std::string(actual));
+  ADD_FAILURE() << "output differs from " << path << " (or it is missing); ours is in " << path << ".new";
+}
+#endif
 
 inline std::vector<std::string> FolderNames(const std::string& folder) {
   std::vector<std::string> names;

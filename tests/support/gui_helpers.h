@@ -1,5 +1,5 @@
 // What GUI tests share: running the main loop until a condition holds, pictures of widgets as
-// they paint themselves, and synthesized pointer events.
+// they paint themselves, and synthesized pointer and key events.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <string>
 
 #include "common/colour.h"
 
@@ -40,6 +41,19 @@ inline bool WaitUntil(const std::function<bool()>& done, double seconds = 20) {
   return ok;
 }
 
+// The last visible top-level window named `name`, or null.
+inline GtkWidget* FindWindow(const std::string& name) {
+  GtkWidget* found = nullptr;
+  GList* top = gtk_window_list_toplevels();
+  for (GList* l = top; l; l = l->next) {
+    if (name == gtk_widget_get_name(GTK_WIDGET(l->data)) && gtk_widget_get_visible(GTK_WIDGET(l->data))) {
+      found = GTK_WIDGET(l->data);
+    }
+  }
+  g_list_free(top);
+  return found;
+}
+
 // Repaints the whole window and returns once the frame has been drawn and the X server has it
 // (for screenshots taken from outside the process).
 inline void PaintAndWait(GtkWidget* window) {
@@ -53,16 +67,25 @@ inline void PaintAndWait(GtkWidget* window) {
   gdk_display_sync(gtk_widget_get_display(window));
 }
 
-// The widget as it paints itself, in an image of its allocated size.
+// The widget as it paints itself, in an image of its allocated size; or, `onScreen`, as the X
+// server shows it.
 struct Snapshot {
   cairo_surface_t* surface = nullptr;
   int width = 0, height = 0;
-  explicit Snapshot(GtkWidget* widget) {
+  explicit Snapshot(GtkWidget* widget, bool onScreen = false) {
     width = gtk_widget_get_allocated_width(widget);
     height = gtk_widget_get_allocated_height(widget);
     surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
     cairo_t* cr = cairo_create(surface);
-    gtk_widget_draw(widget, cr);
+    if (!onScreen) gtk_widget_draw(widget, cr);
+    GtkWidget* top = gtk_widget_get_toplevel(widget);
+    int x = 0, y = 0;
+    gtk_widget_translate_coordinates(widget, top, 0, 0, &x, &y);
+    if (GdkPixbuf* p = onScreen ? gdk_pixbuf_get_from_window(gtk_widget_get_window(top), x, y, width, height) : nullptr) {
+      gdk_cairo_set_source_pixbuf(cr, p, 0, 0);
+      cairo_paint(cr);
+      g_object_unref(p);
+    }
     cairo_destroy(cr);
     cairo_surface_flush(surface);
   }
@@ -102,6 +125,18 @@ inline void SendButton(GtkWidget* widget, GdkEventType type, int x, int y, unsig
   e->button.y = y;
   e->button.button = button;
   e->button.time = GDK_CURRENT_TIME;
+  Deliver(e);
+}
+
+// A key press delivered to `widget`'s window, as the keyboard's would be.
+inline void SendKey(GtkWidget* widget, guint keyval, unsigned state = 0) {
+  GdkEvent* e = gdk_event_new(GDK_KEY_PRESS);
+  e->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(widget)));
+  e->key.send_event = TRUE;
+  e->key.time = GDK_CURRENT_TIME;
+  e->key.keyval = keyval;
+  e->key.state = state;
+  gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(widget))));
   Deliver(e);
 }
 

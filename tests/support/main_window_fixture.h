@@ -1,5 +1,6 @@
 // The fixture of every GUI test that needs the editor: the real main window, built by
-// CreateMainWindow with its real wiring, on settings at their defaults in a throw-away folder.
+// CreateMainWindow with its real wiring, on settings at their defaults in a throw-away folder,
+// with its message boxes answered by the test.
 // Every global goes back to its start-of-process state between tests.
 #pragma once
 
@@ -9,12 +10,15 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "app/main_window_gtk.h"
 #include "appearance/font_aliases_gtk.h"
+#include "gtk/message_box_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
+#include "support/disk_fixtures.h"
 #include "support/gui_helpers.h"
 
 namespace nebro::testing {
@@ -36,6 +40,13 @@ class MainWindowTest : public ::testing::Test {
     folder = mkdtemp(name);
     app::ResetMainWindowState();
     settings::SetConfigRoot(folder + "/config");
+    SetMessageBoxHook([this](int kind, const std::string& text, const std::string& title) {
+      asked.push_back({kind, text, title});
+      if (answers.empty()) return answer;
+      const int next = answers.front();
+      answers.erase(answers.begin());
+      return next;
+    });
     Configure();
     ASSERT_TRUE(app::CreateMainWindow("Nebro", 0, 0, width, height, true));
     gtk_widget_show(app::gMain.window);
@@ -43,6 +54,7 @@ class MainWindowTest : public ::testing::Test {
   }
 
   void TearDown() override {
+    if (!boxesExpected && !asked.empty()) ADD_FAILURE() << "unexpected message box: " << asked[0].text;
     app::ResetMainWindowState();
     Pump();
     std::filesystem::remove_all(folder);
@@ -51,14 +63,12 @@ class MainWindowTest : public ::testing::Test {
   // Settings and sizes a test wants before the window exists.
   virtual void Configure() {}
 
-  // A file in the test's folder.
+  // A file in the test's folder, and a file's bytes.
   std::string WriteFile(const std::string& name, const std::string& bytes) {
-    const std::string path = folder + "/" + name;
-    FILE* f = fopen(path.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), f);
-    fclose(f);
-    return path;
+    test::WriteBytes(folder + "/" + name, bytes);
+    return folder + "/" + name;
   }
+  static std::string ReadFile(const std::string& path) { return test::ReadBytes(path); }
 
   // Loads a file as the document through the main window's own path, waiting for a load that
   // runs in the background. True when it became the document.
@@ -73,6 +83,11 @@ class MainWindowTest : public ::testing::Test {
   }
 
   sci::sptr_t Send(long message, sci::uptr_t w = 0, sci::sptr_t l = 0) { return sci::Send(app::gMain.editor, message, w, l); }
+  // Typed at the end of the document.
+  void Type(const char* text) {
+    Send(sci::SCI_GOTOPOS, Send(sci::SCI_GETLENGTH));
+    sci::SendPtr(app::gMain.editor, sci::SCI_REPLACESEL, 0, text);
+  }
   void SetText(const std::string& text) { sci::SendPtr(app::gMain.editor, sci::SCI_SETTEXT, 0, text.c_str()); }
   std::string Text() {
     std::string text(static_cast<size_t>(Send(sci::SCI_GETLENGTH)) + 1, '\0');
@@ -83,6 +98,16 @@ class MainWindowTest : public ::testing::Test {
 
   std::string folder;
   int width = 900, height = 600;
+  // Every message box the window shows, answered from `answers` in turn, then with `answer`; a
+  // box in a test that does not expect any fails it.
+  struct Asked {
+    int kind;
+    std::string text, title;
+  };
+  std::vector<Asked> asked;
+  std::vector<int> answers;
+  int answer = kMbResultCancel;
+  bool boxesExpected = false;
 };
 
 }  // namespace nebro::testing

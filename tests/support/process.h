@@ -9,9 +9,13 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
+
+#include "disk_fixtures.h"
 
 namespace nebro::test {
 
@@ -112,5 +116,44 @@ class Child {
 
 // Runs a shell command and returns its exit code.
 inline int Shell(const std::string& command) { return std::system(command.c_str()); }
+
+// What `command` writes to its standard output.
+inline std::string ShellOutput(const std::string& command) {
+  std::string out;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char buf[4096];
+    size_t n;
+    while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) out.append(buf, n);
+    pclose(pipe);
+  }
+  return out;
+}
+
+// The id of the window whose whole title is `title`, asked of the X server every 100 ms for up
+// to ten seconds; "" when there is none.
+inline std::string WaitForWindow(const std::string& title) {
+  for (int i = 0; i < 100; ++i) {
+    FILE* p = popen(("xdotool search --name '^" + title + "$' 2>/dev/null").c_str(), "r");
+    char id[32] = {};
+    const bool found = p && fgets(id, sizeof id, p);
+    if (p) pclose(p);
+    if (found) return std::string(id, std::strcspn(id, "\n"));
+    usleep(100000);
+  }
+  return "";
+}
+
+// A throw-away folder for editors started as children; their settings go to <folder>/cfg.
+class Sandbox : public TempFolder {
+ public:
+  std::vector<std::string> Env() const {
+    return {"XDG_CONFIG_HOME=" + Path() + "/cfg", "G_MESSAGES_DEBUG=Nebro", "NO_AT_BRIDGE=1"};
+  }
+  std::string Config() const { return Path() + "/cfg/Nebro/nebro.cfg"; }
+  std::string Write(const std::string& name, const std::string& bytes) const {
+    WriteBytes(Path() + "/" + name, bytes);
+    return Path() + "/" + name;
+  }
+};
 
 }  // namespace nebro::test

@@ -1,0 +1,112 @@
+// The longest time the main loop goes without running while a large file loads into the real
+// main window and while New replaces it: what a user (or a screen reader) waits for an answer.
+// Measured with the accessibility bridge on and off, each case in a fresh process.
+//   xvfb-run -a dbus-run-session build/bench/main_loop_gap_bench [MB]
+// Under dbus-run-session the accessibility bus is started as on a desktop; NO_AT_BRIDGE=1 turns
+// the bridge off for the second half of the cases.
+#include <gtk/gtk.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "app/main_window_gtk.h"
+#include "appearance/current_theme.h"
+#include "common/command_ids.h"
+#include "document/document_ops_gtk.h"
+#include "scintilla/scintilla_loader_gtk.h"
+#include "settings/data_folder.h"
+#include "settings/settings.h"
+
+using Clock = std::chrono::steady_clock;
+using namespace nebro;
+
+namespace {
+
+// Notes the longest interval between two runs of a 2 ms timer.
+struct GapMeter {
+  Clock::time_point last = Clock::now();
+  double longest = 0;
+  guint source = 0;
+  void Start() {
+    last = Clock::now();
+    longest = 0;
+    source = g_timeout_add(2, [](gpointer p) -> gboolean {
+      auto* m = static_cast<GapMeter*>(p);
+      const auto now = Clock::now();
+      m->longest = std::max(m->longest, std::chrono::duration<double>(now - m->last).count());
+      m->last = now;
+      return G_SOURCE_CONTINUE;
+    }, this);
+  }
+  double Stop() {
+    g_source_remove(source);
+    return std::max(longest, std::chrono::duration<double>(Clock::now() - last).count());
+  }
+};
+
+void Case(const std::string& path, bool bridge) {
+  std::fflush(stdout);
+  if (fork() != 0) {
+    wait(nullptr);
+    return;
+  }
+  if (!bridge) setenv("NO_AT_BRIDGE", "1", 1);
+  int argc = 0;
+  gtk_init(&argc, nullptr);
+  settings::SetDefaultSettings(settings::gSettings);
+  appearance::gThemeChosenByUser = true;
+  sci::LoadScintilla();
+  sci::LoadLexilla();
+  app::CreateMainWindow("bench", 0, 0, 800, 600, true);
+  gtk_widget_show(app::gMain.window);
+  while (g_main_context_iteration(nullptr, FALSE)) {}
+  // Something that asks for the editor's accessible object, as a screen reader does.
+  gtk_widget_get_accessible(app::gMain.editor);
+
+  GapMeter meter;
+  meter.Start();
+  const auto start = Clock::now();
+  bool done = false;
+  document::LoadAsDocument(app::MainDocumentWindow(), path, [&](bool) { done = true; });
+  while (!done) g_main_context_iteration(nullptr, TRUE);
+  const double loadSeconds = std::chrono::duration<double>(Clock::now() - start).count();
+  const double loadGap = meter.Stop();
+
+  meter.Start();
+  app::DispatchCommand(kCmdNew);
+  while (g_main_context_iteration(nullptr, FALSE)) {}
+  const double newGap = meter.Stop();
+  std::printf("%-22s load %6.2f s   longest gap: load %6.3f s, New %6.3f s\n",
+              bridge ? "accessibility on" : "accessibility off", loadSeconds, loadGap, newGap);
+  std::fflush(stdout);
+  _exit(0);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (!getenv("DISPLAY")) {
+    std::fprintf(stderr, "needs a display: run under xvfb-run -a dbus-run-session\n");
+    return 1;
+  }
+  const size_t megabytes = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 300;
+  const std::string dir = "/tmp/nebro-gap-bench";
+  std::filesystem::create_directories(dir);
+  settings::SetConfigRoot(dir + "/cfg");
+  const std::string path = dir + "/big-" + std::to_string(megabytes) + ".txt";
+  if (!std::filesystem::exists(path)) {
+    FILE* f = std::fopen(path.c_str(), "wb");
+    const std::string line = "Plain prose follows here, with words of several lengths, and so on..\n";
+    for (size_t written = 0; written < megabytes << 20; written += line.size()) std::fputs(line.c_str(), f);
+    std::fclose(f);
+  }
+  std::printf("%zu MB, %s\n", megabytes, getenv("DBUS_SESSION_BUS_ADDRESS") ? "session bus present" : "no session bus");
+  Case(path, true);
+  Case(path, false);
+  return 0;
+}

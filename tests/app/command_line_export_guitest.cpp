@@ -110,7 +110,7 @@ TEST(CommandLineExport, FailuresLeaveNothingBehind) {
   EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
 =======
   EXPECT_EQ(Export(d, "doc", ok, d.Path() + "/o.doc", &output), 2);
-  EXPECT_TRUE(Contains(output, "use html, rtf or txt"));
+  EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
 >>>>>>> main
   std::vector<std::string> leftovers;
   for (const auto& e : fs::directory_iterator(d.Path())) leftovers.push_back(e.path().filename());

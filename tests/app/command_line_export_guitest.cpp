@@ -105,13 +105,8 @@ TEST(CommandLineExport, FailuresLeaveNothingBehind) {
   EXPECT_EQ(Export(d, "html", pdf, existing), 1);
   EXPECT_EQ(ReadBytes(existing), "old");
 
-<<<<<<< HEAD
-  EXPECT_EQ(Export(d, "doc", ok, d.path + "/o.doc", &output), 2);
-  EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
-=======
   EXPECT_EQ(Export(d, "doc", ok, d.Path() + "/o.doc", &output), 2);
   EXPECT_TRUE(Contains(output, "use html, pdf, rtf or txt"));
->>>>>>> main
   std::vector<std::string> leftovers;
   for (const auto& e : fs::directory_iterator(d.Path())) leftovers.push_back(e.path().filename());
   std::sort(leftovers.begin(), leftovers.end());
@@ -123,7 +118,7 @@ TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
   std::string text;
   for (int i = 1; i <= 200; ++i) text += "row " + std::to_string(i) + " of the listing\n";
   const std::string in = d.Write("list.txt", text);
-  const std::string out = d.path + "/list.pdf";
+  const std::string out = d.Path() + "/list.pdf";
   std::string output;
   ASSERT_EQ(Export(d, "pdf", in, out, &output), 0) << output;
   Child info({"/usr/bin/pdfinfo", out}, {});
@@ -139,5 +134,5 @@ TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
   const std::string keep = d.Write("keep.pdf", "old");
   EXPECT_EQ(Export(d, "pdf", d.Write("empty.txt", ""), keep, &output), 1);
   EXPECT_TRUE(Contains(output, "Nothing to export")) << output;
-  EXPECT_EQ(Read(keep), "old");
+  EXPECT_EQ(ReadBytes(keep), "old");
 }

@@ -26,7 +26,7 @@ struct Preview {
 
 void ShowPage(Preview* p) {
   gtk_label_set_text(GTK_LABEL(p->label),
-                     PreviewPageLabel(p->state.currentPage + 1, p->state.pageCount).c_str());
+                     PreviewPageLabel(p->state.currentPage, p->state.pageCount).c_str());
   gtk_widget_set_sensitive(p->prev, p->state.currentPage > 0);
   gtk_widget_set_sensitive(p->next, p->state.currentPage + 1 < p->state.pageCount);
   gtk_widget_queue_draw(p->page);

@@ -73,12 +73,9 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
       options,
       [load, shared, fileSize](ProgressReporter& progress) {
         uint64_t bytes = 0;
-        // The loader is made on the UI thread; the text goes in here, while no view shows it.
-        TextSink sink{[&](size_t total) {
-                        bool ok = false;
-                        progress.RunOnUi([&] { ok = load->builder.Begin(total); });
-                        return ok;
-                      },
+        // The loader makes a document of its own, which no view shows until Finish: it is made and
+        // filled here, so allocating and clearing its large buffers never holds up the window.
+        TextSink sink{[&](size_t total) { return load->builder.Begin(total); },
                       [&](const char* data, size_t length) {
                         const bool ok = load->builder.Add(data, length);
                         bytes += length;

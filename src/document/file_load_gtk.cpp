@@ -69,6 +69,7 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
   options.title = "Nebro - Loading";
   options.text = "Loading " + DocumentDisplayName(load->path) + "...";
   options.name = "NebroLoadProgress";
+  options.cancellable = true;
   RunWithProgress(
       options,
       [load, shared, fileSize](ProgressReporter& progress) {
@@ -77,6 +78,7 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
         // filled here, so allocating and clearing its large buffers never holds up the window.
         TextSink sink{[&](size_t total) { return load->builder.Begin(total); },
                       [&](const char* data, size_t length) {
+                        if (progress.Cancelled()) return false;
                         const bool ok = load->builder.Add(data, length);
                         bytes += length;
                         if (fileSize > 0) progress.SetFraction(static_cast<double>(bytes) / static_cast<double>(fileSize));
@@ -84,7 +86,16 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
                       }};
         load->result = StreamDocumentFile(std::move(*shared), DefaultMaxLoadBytes(), sink);
       },
-      [load](bool) { Complete(*load); });
+      [load](bool cancelled) {
+        if (!cancelled) {
+          Complete(*load);
+          return;
+        }
+        // Cancelled (by the user or a signal): the half-built document goes, the shown one stays.
+        loadInProgress = false;
+        Trace("Nebro: FileLoad cancelled");
+        if (load->done) load->done(false);
+      });
 }
 
 }  // namespace

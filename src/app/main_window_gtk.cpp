@@ -316,6 +316,7 @@ void DestroyMainWindow() {
 
 void ResetMainWindowState() {
   document::DocumentWindowDeactivated();
+  SetMessageBoxLook(std::nullopt);
   if (gMain.window) {
     document::CloseDocumentLock(gMain.doc);
     document::RestartAutoSaveTimer(MainDocumentWindow(), 0);

@@ -12,11 +12,11 @@
 #include "app/main_window_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "app/startup_rules.h"
+#include "gtk/progress_gtk.h"
 #include "gtk/trace_gtk.h"
 #include "appearance/current_theme.h"
 #include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
-#include "gtk/progress_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
@@ -36,8 +36,9 @@ int Fatal(const char* trace, const char* text) {
 
 gboolean OnTerminate(gpointer) {
   // A signal ends the editor in order: the destroy sequence runs, nothing is asked. A load in
-  // progress finishes first.
+  // progress is cancelled and has ended first.
   if (document::FileLoadInProgress()) {
+    CancelProgressJobs();
     g_timeout_add(50, OnTerminate, nullptr);
     return G_SOURCE_REMOVE;
   }

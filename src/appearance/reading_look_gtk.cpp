@@ -4,6 +4,7 @@
 #include "appearance/themes.h"
 #include "appearance/title_bar_gtk.h"
 #include "common/colour.h"
+#include "gtk/message_box_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
 namespace nebro::appearance {
@@ -12,13 +13,14 @@ using namespace sci;
 
 void ApplyReadingLook(GtkWidget* editor) {
   constexpr Colour paper = Rgb(0xF5, 0xEF, 0xDC);
+  constexpr Colour ink = Rgb(0x2D, 0x1E, 0x0F);
   SendPtr(editor, SCI_STYLESETFONT, STYLE_DEFAULT, "Georgia");
   Send(editor, SCI_STYLESETSIZE, STYLE_DEFAULT, 12);
   Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, 0);
   Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, 0);
   Send(editor, SCI_STYLECLEARALL);
   Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, paper);
-  Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, Rgb(0x2D, 0x1E, 0x0F));
+  Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, ink);
   Send(editor, SCI_STYLECLEARALL);
   Send(editor, SCI_SETFOLDMARGINCOLOUR, 1, paper);
   Send(editor, SCI_SETFOLDMARGINHICOLOUR, 1, paper);
@@ -32,6 +34,11 @@ void ApplyReadingLook(GtkWidget* editor) {
   Send(editor, SCI_SETMARGINLEFT, 0, 28);
   Send(editor, SCI_SETMARGINRIGHT, 0, 28);
   SetDarkTitleBar(false);
+  // The viewer's boxes are printed on the same paper (Sepia's buttons suit it).
+  ThemeColors boxes = ThemeColorsFor(5);
+  boxes.dialogBackground = paper;
+  boxes.dialogText = ink;
+  SetMessageBoxLook(boxes);
   StyleEditorFrame(editor, ThemeColorsFor(1));  // light, like the paper
 }
 

@@ -69,17 +69,16 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
   options.title = "Nebro - Loading";
   options.text = "Loading " + DocumentDisplayName(load->path) + "...";
   options.name = "NebroLoadProgress";
+  options.cancellable = true;
   RunWithProgress(
       options,
       [load, shared, fileSize](ProgressReporter& progress) {
         uint64_t bytes = 0;
-        // The loader is made on the UI thread; the text goes in here, while no view shows it.
-        TextSink sink{[&](size_t total) {
-                        bool ok = false;
-                        progress.RunOnUi([&] { ok = load->builder.Begin(total); });
-                        return ok;
-                      },
+        // The loader makes a document of its own, which no view shows until Finish: it is made and
+        // filled here, so allocating and clearing its large buffers never holds up the window.
+        TextSink sink{[&](size_t total) { return load->builder.Begin(total); },
                       [&](const char* data, size_t length) {
+                        if (progress.Cancelled()) return false;
                         const bool ok = load->builder.Add(data, length);
                         bytes += length;
                         if (fileSize > 0) progress.SetFraction(static_cast<double>(bytes) / static_cast<double>(fileSize));
@@ -87,7 +86,16 @@ void LoadInBackground(std::shared_ptr<Load> load, OpenedDocument opened, uint64_
                       }};
         load->result = StreamDocumentFile(std::move(*shared), DefaultMaxLoadBytes(), sink);
       },
-      [load](bool) { Complete(*load); });
+      [load](bool cancelled) {
+        if (!cancelled) {
+          Complete(*load);
+          return;
+        }
+        // Cancelled (by the user or a signal): the half-built document goes, the shown one stays.
+        loadInProgress = false;
+        Trace("Nebro: FileLoad cancelled");
+        if (load->done) load->done(false);
+      });
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "gtk/message_box_gtk.h"
 
+#include <optional>
+
 #include <gdk/gdkkeysyms.h>
 
 #include "appearance/current_theme.h"
@@ -19,14 +21,20 @@ struct OpenBox {
   ~OpenBox() { --openBoxes; }
 };
 
-// Background and text colours are made once per theme and reused until the theme changes.
+// The colours boxes are drawn in: the current theme's, unless a window of another look (the
+// viewer's paper) asked for its own.
+std::optional<appearance::ThemeColors> ownLook;
+
+const appearance::ThemeColors& BoxColours() { return ownLook ? *ownLook : appearance::GetThemeColors(); }
+
+// Background and text colours are made once per look and reused until it changes.
 int brushTheme = -1;
 std::string brushCss;
 
 const std::string& BrushCss() {
-  const int theme = static_cast<int>(appearance::CurrentThemeId());
+  const int theme = ownLook ? -2 : static_cast<int>(appearance::CurrentThemeId());
   if (theme != brushTheme) {
-    const appearance::ThemeColors& t = appearance::GetThemeColors();
+    const appearance::ThemeColors& t = BoxColours();
     brushCss = "* { background-color: " + ColourText(t.dialogBackground) + "; color: " +
                ColourText(t.dialogText) + "; }";
     brushTheme = theme;
@@ -66,7 +74,7 @@ void Finish(BoxState* state, int result) {
 gboolean OnButtonDraw(GtkWidget* button, cairo_t* cr, gpointer data) {
   const auto* state = static_cast<BoxState*>(data);
   const int id = GPOINTER_TO_INT(g_object_get_data(G_OBJECT(button), "nebro-id"));
-  const appearance::ThemeColors& t = appearance::GetThemeColors();
+  const appearance::ThemeColors& t = BoxColours();
   const GtkStateFlags flags = gtk_widget_get_state_flags(button);
   const bool pressed = flags & GTK_STATE_FLAG_ACTIVE;
   const bool focused = gtk_widget_has_focus(button);
@@ -99,6 +107,11 @@ gboolean OnDelete(GtkWidget*, GdkEvent*, gpointer data) {
 
 void SetMessageBoxHook(MessageBoxHook h) { hook = std::move(h); }
 
+void SetMessageBoxLook(std::optional<appearance::ThemeColors> look) {
+  ownLook = std::move(look);
+  brushTheme = -1;
+}
+
 int MessageBoxBrushTheme() { return brushTheme; }
 
 int OpenMessageBoxes() { return openBoxes; }
@@ -122,7 +135,7 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   } else {
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER);
   }
-  appearance::SetDarkTitleBar(appearance::GetThemeColors().isDark);
+  appearance::SetDarkTitleBar(BoxColours().isDark);
   SetWidgetCss(window, BrushCss());
 
   const MessageBoxLayout layout = ComputeMessageBoxLayout(kind, text, MessageBoxWidthFor(text));

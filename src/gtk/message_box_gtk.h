@@ -4,8 +4,10 @@
 #include <gtk/gtk.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "appearance/themes.h"
 #include "gtk/message_box.h"
 
 namespace nebro {
@@ -17,6 +19,9 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
 // showing anything and returns its result.
 using MessageBoxHook = std::function<int(int kind, const std::string& text, const std::string& title)>;
 void SetMessageBoxHook(MessageBoxHook hook);
+
+// Boxes take `look`'s colours instead of the current theme's (nothing: the theme's again).
+void SetMessageBoxLook(std::optional<appearance::ThemeColors> look);
 
 // How many boxes are open right now (each runs its own loop, so one can open over another).
 int OpenMessageBoxes();

@@ -204,3 +204,16 @@ TEST(Startup, RelativePathIsStoredAbsoluteAndSavedTransparencyShows) {
   EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.lastFile)), absolute);
   EXPECT_EQ(nebro::Utf16ToUtf8(nebro::settings::FieldText(after.recentFiles[0])), absolute);
 }
+
+TEST(Startup, ASignalCancelsARunningLoad) {
+  Sandbox box;
+  const std::string big = box.Write("big.txt", std::string(300u << 20, 'x'));
+  Child nebro({NEBRO_EXECUTABLE, big}, box.Env());
+  ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad called")) << nebro.Output();
+  nebro.Signal(SIGTERM);
+  EXPECT_EQ(nebro.Wait(), 0);
+  // Either the load was caught running and cancelled, or it had already ended; never in between.
+  const std::string out = nebro.Output();
+  EXPECT_NE(out.find("Nebro: FileLoad cancelled") == std::string::npos,
+            out.find("Nebro: FileLoad completed successfully") == std::string::npos) << out;
+}

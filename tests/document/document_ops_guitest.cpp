@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "common/command_ids.h"
+#include "gtk/progress_gtk.h"
 #include "app/main_window_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "appearance/themes.h"
@@ -340,4 +341,24 @@ TEST_F(DocumentOps, LargeFilesLoadWhileTheWindowKeepsPainting) {
   ASSERT_FALSE(asked.empty());
   EXPECT_EQ(asked.back().text, "Cannot open binary file.\n\n");
   EXPECT_TRUE(Text() == text);  // the editor kept what it had
+}
+
+TEST_F(DocumentOps, ACancelledLoadLeavesTheShownDocumentAsItWas) {
+  const std::string shown = WriteFile("shown.txt", "kept");
+  ASSERT_TRUE(LoadDocument(shown));
+  Type("!");
+  const std::string big = WriteFile("big.txt", std::string(100u << 20, 'x'));
+  bool done = false, loaded = true;
+  LoadAsDocument(MainDocumentWindow(), big, [&](bool ok) {
+    loaded = ok;
+    done = true;
+  });
+  CancelProgressJobs();  // what Cancel, Escape and a signal do
+  ASSERT_TRUE(nebro::testing::WaitUntil([&] { return done; }));
+  EXPECT_FALSE(loaded);
+  ASSERT_EQ(Send(SCI_GETLENGTH), 5);  // (not the 100 MB text, which would flood the report)
+  EXPECT_EQ(Text(), "kept!");
+  EXPECT_EQ(gMain.doc.path, shown);
+  EXPECT_EQ(Title(), "Nebro - shown.txt *");
+  EXPECT_TRUE(asked.empty());  // cancelling is not an error
 }

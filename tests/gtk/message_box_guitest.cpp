@@ -98,3 +98,22 @@ TEST(MessageBoxGui, ButtonsHaveOneWidthAndOneGapAndTheFocusShows) {
     });
   }
 }
+
+TEST(MessageBoxGui, AWindowOfItsOwnLookGivesItsBoxesItsColours) {
+  SetDefaultSettings(gSettings);
+  ThemeColors paper = ThemeColorsFor(5);
+  paper.dialogBackground = Rgb(0xF5, 0xEF, 0xDC);
+  SetMessageBoxLook(paper);
+  ShowAndAct(kMbOk, "Cannot open binary file.", [&](GtkWidget* box) {
+    nebro::testing::PaintAndWait(box);
+    const nebro::testing::Snapshot s(box);
+    EXPECT_EQ(s.At(2, 2), paper.dialogBackground);
+    PressKey(box, GDK_KEY_Escape);
+  });
+  SetMessageBoxLook(std::nullopt);
+  ShowAndAct(kMbOk, "Done.", [&](GtkWidget* box) {
+    nebro::testing::PaintAndWait(box);
+    EXPECT_EQ(nebro::testing::Snapshot(box).At(2, 2), GetThemeColors().dialogBackground);
+    PressKey(box, GDK_KEY_Escape);
+  });
+}

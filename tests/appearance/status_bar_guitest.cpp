@@ -68,7 +68,9 @@ TEST_F(StatusBarTest, TextsFollowTheCaretTheSelectionAndTheZoom) {
   }
 
   // Wrapping lays the lines out again after the command: the line follows the new layout.
-  if (settings::gSettings.wordWrap) ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  if (settings::gSettings.wordWrap) {
+    ASSERT_TRUE(DispatchCommand(kCmdWordWrap));
+  }
   SetText(std::string(600, 'w') + "\n" + std::string(600, 'x') + "\nthird " + std::string(300, 'y'));
   Send(SCI_GOTOPOS, Send(SCI_POSITIONFROMLINE, 2) + 204);
   ExpectShows(0, "  Ln 3, Col 205");

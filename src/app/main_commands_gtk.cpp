@@ -5,6 +5,7 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
+#include "print/page_setup_gtk.h"
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -60,7 +61,9 @@ void AddMainWindowCommands(CommandTable& t) {
                    print::OpenPrintPreview(GTK_WINDOW(gMain.window), gMain.editor,
                                            print::PageStyleFromSettings(settings::gSettings));
                  }, {}});
-  AddCommand(t, NotBuilt(kCmdPageSetup, "Page Setup", {}));
+  AddCommand(t, {kCmdPageSetup, "Page Setup", {}, "", [] {
+                   print::RunPageSetup(GTK_WINDOW(gMain.window), settings::gSettings);
+                 }, {}});
   AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
   AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
   AddCommand(t, NotBuilt(kCmdSettings, "Settings", {}));

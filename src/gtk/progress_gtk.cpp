@@ -92,11 +92,12 @@ void ProgressReporter::SetText(const std::string& text) {
 
 void ProgressReporter::RunOnUi(const std::function<void()>& fn) {
   struct Call {
-    const std::function<void()>* fn;
+    const std::function<void()>* fn = nullptr;
     std::mutex mutex;
     std::condition_variable ran;
     bool done = false;
-  } call{&fn};
+  } call;
+  call.fn = &fn;
   g_idle_add_full(G_PRIORITY_HIGH_IDLE, [](gpointer data) -> gboolean {
     auto* c = static_cast<Call*>(data);
     try {

@@ -10,6 +10,7 @@
 #include "gtk/themed_window_gtk.h"
 #include "print/print_job_gtk.h"
 #include "print/print_texts.h"
+#include "settings/settings.h"
 
 namespace nebro::print {
 namespace {
@@ -77,6 +78,14 @@ GtkWidget* Button(const char* text, GCallback onClick, gpointer data) {
   return button;
 }
 
+// Keeps the size the window has as it closes for the next preview.
+void RememberSize(GtkWidget* window, gpointer) {
+  int width = 0, height = 0;
+  gtk_window_get_size(GTK_WINDOW(window), &width, &height);
+  settings::gSettings.previewWidth = width;
+  settings::gSettings.previewHeight = height;
+}
+
 void ShowPreviewWindow(GtkWindow* owner, PagedDocument doc) {
   auto* p = new Preview;
   p->doc = std::move(doc);
@@ -92,7 +101,12 @@ void ShowPreviewWindow(GtkWindow* owner, PagedDocument doc) {
   min.min_width = kPreviewMinWidth;
   min.min_height = kPreviewMinHeight;
   gtk_window_set_geometry_hints(GTK_WINDOW(p->window), nullptr, &min, GDK_HINT_MIN_SIZE);
-  gtk_window_set_default_size(GTK_WINDOW(p->window), 800, 900);
+  // The size the preview had when it was last closed, once there is one.
+  const settings::AppSettings& stored = settings::gSettings;
+  const bool known = stored.previewWidth >= kPreviewMinWidth && stored.previewHeight >= kPreviewMinHeight;
+  gtk_window_set_default_size(GTK_WINDOW(p->window), known ? stored.previewWidth : 800,
+                              known ? stored.previewHeight : 900);
+  g_signal_connect(p->window, "unmap", G_CALLBACK(RememberSize), nullptr);
   g_signal_connect_swapped(p->window, "destroy", G_CALLBACK(+[](Preview* p) { delete p; }), p);
   g_signal_connect(p->window, "key-press-event", G_CALLBACK(OnKey), p);
 

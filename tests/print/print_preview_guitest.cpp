@@ -105,9 +105,23 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   fclose(f);
   EXPECT_NE(out.find("Pages:           " + std::to_string(pages) + "\n"), std::string::npos) << out;
 
+  // Its size is kept for the next preview.
+  gtk_window_resize(GTK_WINDOW(preview), 700, 560);
+  ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(preview) == 700; }, 5));
   PressKey(preview, GDK_KEY_Escape);
   r = Accessible({"gone|frame|Nebro - Print Preview"});
   EXPECT_TRUE(r.ok) << r.err;
+  EXPECT_EQ(settings::gSettings.previewWidth, 700);
+  EXPECT_EQ(settings::gSettings.previewHeight, 560);
+  ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
+  ASSERT_TRUE(Accessible({"wait|frame|Nebro - Print Preview"}).ok);
+  preview = Toplevel(print::kPrintPreviewTitle);
+  ASSERT_NE(preview, nullptr);
+  int width = 0, height = 0;
+  gtk_window_get_default_size(GTK_WINDOW(preview), &width, &height);
+  EXPECT_EQ(width, 700);
+  EXPECT_EQ(height, 560);
+  gtk_widget_destroy(preview);
 }
 
 TEST_F(PrintPreviewTest, AnEmptyDocumentSaysSoAndOpensNothing) {

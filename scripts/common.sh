@@ -11,7 +11,7 @@ NEBRO_PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth xdotool imagemagick fonts-dejavu-core
   geany-common libmd4c-dev libmd4c-html0-dev libcmark-dev
-  dbus-daemon at-spi2-core python3-pyatspi openbox poppler-utils
+  dbus-daemon dbus-bin at-spi2-core python3-pyatspi openbox poppler-utils x11-utils
 )
 
 nebro_install_missing() {

@@ -2,6 +2,8 @@
 
 #include <malloc.h>
 
+#include <thread>
+
 #include "appearance/lexer_setup_gtk.h"
 #include "common/command_ids.h"
 #include "common/utf.h"
@@ -133,7 +135,9 @@ void NewDocument(const DocumentWindow& w) {
   Send(editor, SCI_SETEOLMODE, SC_EOL_LF);
   appearance::SetupLexer(editor, "");
   DocumentBecame(w, "");
-  malloc_trim(0);  // a large previous document's memory goes back to the system
+  // A large previous document's memory goes back to the system; walking the heap for it takes
+  // a while after a large file, so it is done beside the window.
+  std::thread([] { malloc_trim(0); }).detach();
   gtk_widget_queue_draw(editor);
   ClearSearchIndicators(editor);
 }

@@ -49,6 +49,17 @@ struct GapMeter {
   }
 };
 
+// The resident size of this process in MB.
+double ResidentMb() {
+  FILE* f = std::fopen("/proc/self/statm", "r");
+  long pages = 0, resident = 0;
+  if (f) {
+    if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = 0;
+    std::fclose(f);
+  }
+  return resident * (sysconf(_SC_PAGESIZE) / 1048576.0);
+}
+
 void Case(const std::string& path, bool bridge) {
   std::fflush(stdout);
   if (fork() != 0) {
@@ -68,6 +79,7 @@ void Case(const std::string& path, bool bridge) {
   // Something that asks for the editor's accessible object, as a screen reader does.
   gtk_widget_get_accessible(app::gMain.editor);
 
+  const double residentBefore = ResidentMb();
   GapMeter meter;
   meter.Start();
   const auto start = Clock::now();
@@ -76,13 +88,20 @@ void Case(const std::string& path, bool bridge) {
   while (!done) g_main_context_iteration(nullptr, TRUE);
   const double loadSeconds = std::chrono::duration<double>(Clock::now() - start).count();
   const double loadGap = meter.Stop();
+  const double residentLoaded = ResidentMb();
 
   meter.Start();
   app::DispatchCommand(kCmdNew);
   while (g_main_context_iteration(nullptr, FALSE)) {}
   const double newGap = meter.Stop();
-  std::printf("%-22s load %6.2f s   longest gap: load %6.3f s, New %6.3f s\n",
-              bridge ? "accessibility on" : "accessibility off", loadSeconds, loadGap, newGap);
+  // The memory given back beside the window has had its moment.
+  for (int i = 0; i < 20; ++i) {
+    g_usleep(50000);
+    while (g_main_context_iteration(nullptr, FALSE)) {}
+  }
+  std::printf("%-22s load %6.2f s   longest gap: load %6.3f s, New %6.3f s   resident MB: %.0f -> %.0f -> %.0f\n",
+              bridge ? "accessibility on" : "accessibility off", loadSeconds, loadGap, newGap, residentBefore,
+              residentLoaded, ResidentMb());
   std::fflush(stdout);
   _exit(0);
 }

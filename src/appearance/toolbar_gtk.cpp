@@ -1,9 +1,11 @@
 #include "appearance/toolbar_gtk.h"
 
+#include <array>
 #include <cmath>
 #include <memory>
 
 #include "appearance/current_theme.h"
+#include "appearance/toolbar_accessible_gtk.h"
 #include "gtk/drawing_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 
@@ -186,7 +188,7 @@ gboolean OnQueryTooltip(GtkWidget* widget, gint x, gint y, gboolean, GtkTooltip*
 }  // namespace
 
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
-  GtkWidget* widget = gtk_drawing_area_new();
+  GtkWidget* widget = NewAccessibleToolbarArea();
   gtk_widget_set_name(widget, "NebroToolbar");
   // Every button whole, with a gap on either side: this sets how narrow the window may get.
   gtk_widget_set_size_request(widget, kToolbarRowWidth + 2 * kToolbarButtonGap, kToolbarHeight);
@@ -210,11 +212,34 @@ void RefreshToolbarState(GtkWidget* widget, bool documentModified) {
   Toolbar* t = StateOf(widget);
   if (!t) return;
   const int hotBefore = t->hot;
+  std::array<bool, kToolbarButtonCount> before{};
+  for (int i = 0; i < kToolbarButtonCount; ++i) before[i] = t->buttons[i].enabled;
   UpdateToolbarEnabled(*t, documentModified);
+  for (int i = 0; i < kToolbarButtonCount; ++i) {
+    if (t->buttons[i].enabled != before[i]) NotifyToolbarButtonEnabled(widget, i, t->buttons[i].enabled);
+  }
   if (t->hot != hotBefore) UpdateCursor(widget, *t);
   Repaint(widget);
 }
 
 const Toolbar* ToolbarState(GtkWidget* toolbar) { return StateOf(toolbar); }
+
+bool ActivateToolbarButton(GtkWidget* toolbar, int index) {
+  ToolbarWidgetState* state = WidgetStateOf(toolbar);
+  if (!state || index < 0 || index >= kToolbarButtonCount || !state->toolbar.buttons[index].enabled) return false;
+  struct Press {
+    GObjectPtr<GtkWidget> toolbar;
+    int command;
+  };
+  auto* press = new Press{GObjectPtr<GtkWidget>(GTK_WIDGET(g_object_ref(toolbar))),
+                          static_cast<int>(state->toolbar.buttons[index].commandId)};
+  g_idle_add([](gpointer data) -> gboolean {
+    std::unique_ptr<Press> p(static_cast<Press*>(data));
+    ToolbarWidgetState* s = WidgetStateOf(p->toolbar.get());
+    if (s && s->sink) s->sink(p->command);
+    return G_SOURCE_REMOVE;
+  }, press);
+  return true;
+}
 
 }  // namespace nebro::appearance

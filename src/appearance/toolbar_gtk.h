@@ -20,6 +20,10 @@ GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink);
 // repaints. Does nothing for a null toolbar.
 void RefreshToolbarState(GtkWidget* toolbar, bool documentModified);
 
+// Presses button `index` the way assistive technology does: its command is sent from the main
+// loop shortly after, so the caller's request returns first. False for a disabled button.
+bool ActivateToolbarButton(GtkWidget* toolbar, int index);
+
 // The buttons' state as the widget holds it (null for a widget that is not a toolbar).
 const Toolbar* ToolbarState(GtkWidget* toolbar);
 

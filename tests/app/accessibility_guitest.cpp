@@ -30,4 +30,24 @@ TEST_F(AccessibilityTest, TheWindowAndItsTextAreReachableByRoleAndName) {
   EXPECT_EQ(renamed.out, "hello\n");
 }
 
+TEST_F(AccessibilityTest, ToolbarButtonsArePushButtonsThatClick) {
+  // Save is greyed on an unmodified document, New is not; typing enables Save.
+  AccessibilityResult r = Accessible({"wait|tool bar|", "state|push button|Save", "state|push button|New"});
+  ASSERT_TRUE(r.ok) << r.err;
+  const std::string saveState = r.out.substr(0, r.out.find('\n'));
+  const std::string newState = r.out.substr(r.out.find('\n') + 1);
+  EXPECT_EQ(saveState.find("enabled"), std::string::npos) << saveState;
+  EXPECT_NE(newState.find("enabled"), std::string::npos) << newState;
+  Type("text");
+  r = Accessible({"state|push button|Save"});
+  EXPECT_NE(r.out.find("enabled"), std::string::npos) << r.out;
+
+  // Clicking New through the accessibility bus runs the command: the unsaved text is asked about.
+  boxesExpected = true;
+  answer = kMbResultDontSaveOrNo;
+  r = Accessible({"click|push button|New"});
+  ASSERT_TRUE(r.ok) << r.err;
+  EXPECT_TRUE(WaitUntil([&] { return !asked.empty() && Text().empty(); }, 10));
+}
+
 }  // namespace

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "appearance/current_theme.h"
+#include "gtk/drawn_parts_accessible_gtk.h"
 #include "gtk/drawing_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -121,7 +123,23 @@ void OnStyleUpdated(GtkWidget* widget, gpointer) { FitHeightToFont(widget); }
 }  // namespace
 
 GtkWidget* CreateStatusBar(GtkWidget* editor) {
-  GtkWidget* widget = gtk_drawing_area_new();
+  // Screen readers see a status bar of five labels holding the parts' texts.
+  DrawnPartsModel parts;
+  parts.role = ATK_ROLE_STATUSBAR;
+  parts.partRole = ATK_ROLE_LABEL;
+  parts.count = kStatusPartCount;
+  parts.part = [](GtkWidget* area, int i) {
+    DrawnPart part;
+    const StatusTexts texts = StatusBarTexts(area);
+    const std::string& text = texts[static_cast<size_t>(i)];
+    part.name = text.substr(std::min(text.find_first_not_of(' '), text.size()));
+    const auto edges = StatusBarPartEdges(area);
+    const int left = i == 0 ? 0 : edges[static_cast<size_t>(i) - 1];
+    const int right = i == kStatusPartCount - 1 ? gtk_widget_get_allocated_width(area) : edges[static_cast<size_t>(i)];
+    part.area = {left, 0, right - left, gtk_widget_get_allocated_height(area)};
+    return part;
+  };
+  GtkWidget* widget = NewDrawnPartsArea(std::move(parts));
   gtk_widget_set_name(widget, "NebroStatusBar");
   gtk_widget_add_events(widget, GDK_BUTTON_PRESS_MASK);
   g_object_set_data_full(G_OBJECT(widget), kStateKey, new StatusBarState{editor, {}},
@@ -150,7 +168,10 @@ void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding) {
   in.zoom = static_cast<int>(Send(e, SCI_GETZOOM));
   StatusTexts texts = MakeStatusTexts(in);
   if (texts != state->texts) {
-    state->texts = std::move(texts);
+    const StatusTexts before = std::exchange(state->texts, std::move(texts));
+    for (int i = 0; i < kStatusPartCount; ++i) {
+      if (before[static_cast<size_t>(i)] != state->texts[static_cast<size_t>(i)]) NotifyDrawnPartChanged(statusBar, i);
+    }
     gtk_widget_queue_draw(statusBar);
   }
 }

@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "appearance/current_theme.h"
-#include "appearance/toolbar_accessible_gtk.h"
 #include "gtk/drawing_gtk.h"
+#include "gtk/drawn_parts_accessible_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 
 namespace nebro::appearance {
@@ -188,7 +188,21 @@ gboolean OnQueryTooltip(GtkWidget* widget, gint x, gint y, gboolean, GtkTooltip*
 }  // namespace
 
 GtkWidget* CreateToolbar(const CommandTable& commands, ToolbarCommandSink sink) {
-  GtkWidget* widget = NewAccessibleToolbarArea();
+  // Screen readers see a tool bar of push buttons with the state the widget keeps.
+  DrawnPartsModel parts;
+  parts.role = ATK_ROLE_TOOL_BAR;
+  parts.partRole = ATK_ROLE_PUSH_BUTTON;
+  parts.count = kToolbarButtonCount;
+  parts.part = [](GtkWidget* area, int i) {
+    DrawnPart part;
+    if (const Toolbar* t = StateOf(area)) {
+      const ToolbarButton& b = t->buttons[static_cast<size_t>(i)];
+      part = {b.label, b.enabled, {b.rect.left, b.rect.top, b.rect.right - b.rect.left, b.rect.bottom - b.rect.top}};
+    }
+    return part;
+  };
+  parts.activate = ActivateToolbarButton;
+  GtkWidget* widget = NewDrawnPartsArea(std::move(parts));
   gtk_widget_set_name(widget, "NebroToolbar");
   // Every button whole, with a gap on either side: this sets how narrow the window may get.
   gtk_widget_set_size_request(widget, kToolbarRowWidth + 2 * kToolbarButtonGap, kToolbarHeight);
@@ -216,7 +230,7 @@ void RefreshToolbarState(GtkWidget* widget, bool documentModified) {
   for (int i = 0; i < kToolbarButtonCount; ++i) before[i] = t->buttons[i].enabled;
   UpdateToolbarEnabled(*t, documentModified);
   for (int i = 0; i < kToolbarButtonCount; ++i) {
-    if (t->buttons[i].enabled != before[i]) NotifyToolbarButtonEnabled(widget, i, t->buttons[i].enabled);
+    if (t->buttons[i].enabled != before[i]) NotifyDrawnPartChanged(widget, i);
   }
   if (t->hot != hotBefore) UpdateCursor(widget, *t);
   Repaint(widget);

@@ -50,4 +50,12 @@ TEST_F(AccessibilityTest, ToolbarButtonsArePushButtonsThatClick) {
   EXPECT_TRUE(WaitUntil([&] { return !asked.empty() && Text().empty(); }, 10));
 }
 
+TEST_F(AccessibilityTest, StatusBarPartsAreLabelsWithTheirTexts) {
+  SetText("one\ntwo");
+  Send(sci::SCI_GOTOPOS, 6);
+  const AccessibilityResult r = Accessible({"wait|status bar|", "wait|label|Ln 2, Col 3", "wait|label|UTF-8",
+                                            "wait|label|LF", "wait|label|100%"});
+  EXPECT_TRUE(r.ok) << r.err;
+}
+
 }  // namespace

@@ -19,6 +19,7 @@
 #include "gtk/accelerators_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 #include "gtk/message_box_gtk.h"
+#include "gtk/shutdown_gtk.h"
 #include "gtk/theme_broadcast_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
@@ -315,6 +316,7 @@ void DestroyMainWindow() {
 }
 
 void ResetMainWindowState() {
+  ResetShutdown();
   document::DocumentWindowDeactivated();
   SetMessageBoxLook(std::nullopt);
   if (gMain.window) {

@@ -13,6 +13,7 @@
 #include "gtk/message_box_gtk.h"
 #include "app/startup_rules.h"
 #include "gtk/progress_gtk.h"
+#include "gtk/shutdown_gtk.h"
 #include "gtk/trace_gtk.h"
 #include "appearance/current_theme.h"
 #include "appearance/font_aliases_gtk.h"
@@ -34,17 +35,28 @@ int Fatal(const char* trace, const char* text) {
   return 1;
 }
 
-gboolean OnTerminate(gpointer) {
-  // A signal ends the editor in order: the destroy sequence runs, nothing is asked. A load in
-  // progress is cancelled and has ended first.
-  if (document::FileLoadInProgress()) {
-    CancelProgressJobs();
-    g_timeout_add(50, OnTerminate, nullptr);
-    return G_SOURCE_REMOVE;
+// Waits until every box, chooser and job has returned, then ends the editor in order.
+gboolean FinishTermination(gpointer) {
+  if (document::FileLoadInProgress() || ProgressJobsRunning() > 0 || ModalLoopsRunning()) {
+    CloseModalWindowsAsCancelled();  // one may have opened since
+    return G_SOURCE_CONTINUE;
   }
   if (gMain.window) DestroyMainWindow();
-  else gtk_main_quit();
+  else if (gtk_main_level() > 0) gtk_main_quit();
   return G_SOURCE_REMOVE;
+}
+
+gboolean OnTerminate(gpointer) {
+  // A signal ends the editor in order, from whatever window is open: open questions, boxes and
+  // choosers are answered as cancelled, running jobs (a load) are cancelled, and only once all
+  // of them have returned does the window go, with the settings written. Nothing is asked and
+  // nothing is saved.
+  Trace("Nebro: Signal received, closing");
+  BeginShutdown();
+  CloseModalWindowsAsCancelled();
+  CancelProgressJobs();
+  g_timeout_add(10, FinishTermination, nullptr);
+  return G_SOURCE_CONTINUE;  // a second signal finds the same way out
 }
 
 struct PostedOpen {

@@ -1,6 +1,7 @@
 #include "gtk/file_chooser_gtk.h"
 
 #include "gtk/object_ptr_gtk.h"
+#include "gtk/shutdown_gtk.h"
 
 namespace nebro {
 
@@ -64,7 +65,12 @@ size_t FilterForFile(const std::vector<ChooserFilter>& filters, const std::strin
 std::string RunFileChooser(GtkFileChooserNative* dialog) {
   GObjectPtr<GtkFileChooserNative> owned(dialog);
   std::string path;
-  if (gtk_native_dialog_run(GTK_NATIVE_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
+  if (ShuttingDown()) return path;
+  // Hiding the dialog ends its loop with no answer: the program is ending.
+  ModalLoopStarted({[](void* d) { gtk_native_dialog_hide(GTK_NATIVE_DIALOG(d)); }, dialog});
+  const int response = gtk_native_dialog_run(GTK_NATIVE_DIALOG(dialog));
+  ModalLoopEnded(dialog);
+  if (response == GTK_RESPONSE_ACCEPT && !ShuttingDown()) {
     GCharPtr chosen(gtk_file_chooser_get_filename(GTK_FILE_CHOOSER(dialog)));
     if (chosen) path = chosen.get();
   }

@@ -7,6 +7,8 @@
 #include "appearance/current_theme.h"
 #include "appearance/title_bar_gtk.h"
 #include "gtk/drawing_gtk.h"
+#include "gtk/shutdown_gtk.h"
+#include "gtk/trace_gtk.h"
 #include "gtk/widget_style_gtk.h"
 
 namespace nebro {
@@ -117,6 +119,8 @@ int MessageBoxBrushTheme() { return brushTheme; }
 int OpenMessageBoxes() { return openBoxes; }
 
 int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const std::string& title) {
+  // A box asked for while the program ends is answered as if closed, without showing.
+  if (ShuttingDown()) return MessageBoxCloseResult(kind);
   const OpenBox open;
   if (hook) return hook(kind, text, title);
 
@@ -183,9 +187,15 @@ int ShowMessageBox(GtkWindow* owner, int kind, const std::string& text, const st
   g_signal_connect(window, "delete-event", G_CALLBACK(OnDelete), &state);
   gtk_widget_show_all(window);
   if (first) gtk_widget_grab_focus(first);
+  Trace("Nebro: Message box shown: %s", title.c_str());
 
   state.loop = g_main_loop_new(nullptr, FALSE);
+  ModalLoopStarted({[](void* data) {
+                      auto* box = static_cast<BoxState*>(data);
+                      Finish(box, MessageBoxCloseResult(box->kind));
+                    }, &state});
   if (state.result < 0) g_main_loop_run(state.loop);
+  ModalLoopEnded(&state);
   g_main_loop_unref(state.loop);
   state.loop = nullptr;
   gtk_widget_destroy(window);

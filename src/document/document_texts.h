@@ -26,6 +26,10 @@ inline constexpr std::string_view kTextTooManyNulls =
     "This file appears to be a binary file and cannot be opened as text.";
 inline constexpr std::string_view kTextTooManyControls =
     "This file contains binary control characters and cannot be opened as text.";
+inline constexpr std::string_view kTextNotRegular =
+    "Cannot open this file: it is a device, a pipe or a socket, not a file of text.";
+inline constexpr std::string_view kTextSizelessTooLong =
+    "Cannot open this file: it does not say how long it is, and it is longer than 64 MB.";
 inline constexpr std::string_view kTextLockedElsewhere =
     "File is already open by another program.\nPlease close it first.";
 // Shown with kTitleErrorMangled when saving fails, whatever the reason.

@@ -49,6 +49,7 @@ enum class LoadDecision {
   KnownBinary,      // refused by signature
   TooManyNulls,
   TooManyControls,
+  NotRegular,       // a pipe, device or socket
 };
 
 struct LoadResult {

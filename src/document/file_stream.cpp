@@ -18,8 +18,25 @@ namespace {
 
 constexpr size_t kChunk = 1u << 20;
 
+// Files whose size says 0 but that have content (/proc, /sys) are read whole into memory first,
+// at most this much.
+constexpr uint64_t kSizelessCap = 64u << 20;
+
+// Where the bytes come from: the file itself, or, for a sizeless file, what was read of it.
+struct Source {
+  int fd = -1;
+  const std::string* bytes = nullptr;
+};
+
 // Reads up to `want` bytes at `offset`; returns the count, or -1 with `error` set.
-ssize_t ReadAt(int fd, char* out, size_t want, uint64_t offset, int& error) {
+ssize_t ReadAt(const Source& source, char* out, size_t want, uint64_t offset, int& error) {
+  if (source.bytes) {
+    if (offset >= source.bytes->size()) return 0;
+    const size_t n = static_cast<size_t>(std::min<uint64_t>(want, source.bytes->size() - offset));
+    std::memcpy(out, source.bytes->data() + offset, n);
+    return static_cast<ssize_t>(n);
+  }
+  const int fd = source.fd;
   size_t done = 0;
   while (done < want) {
     const ssize_t got = pread(fd, out + done, want - done, static_cast<off_t>(offset + done));
@@ -48,7 +65,7 @@ inline bool IsHighSurrogateAt(const unsigned char* p, bool bigEndian) {
 // Walks the UTF-16 bytes after the mark in chunks of whole code units, never splitting a
 // surrogate pair, and calls `piece(bytes, length)` for each run. False when reading failed.
 template <typename Piece>
-bool ForEachUtf16Run(int fd, uint64_t start, uint64_t end, bool bigEndian, char* buffer, int& error,
+bool ForEachUtf16Run(const Source& fd, uint64_t start, uint64_t end, bool bigEndian, char* buffer, int& error,
                      Piece&& piece) {
   uint64_t offset = start;
   size_t carried = 0;  // a held-back high surrogate at the front of the buffer
@@ -74,6 +91,22 @@ bool ForEachUtf16Run(int fd, uint64_t start, uint64_t end, bool bigEndian, char*
   return true;
 }
 
+// Reads a file to its end, or false when it is longer than `cap` or reading fails.
+bool ReadWhole(int fd, uint64_t cap, std::string& out, int& error) {
+  char buffer[65536];
+  while (true) {
+    const ssize_t got = read(fd, buffer, sizeof buffer);
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      error = errno;
+      return false;
+    }
+    if (got == 0) return true;
+    if (out.size() + static_cast<size_t>(got) > cap) return false;
+    out.append(buffer, static_cast<size_t>(got));
+  }
+}
+
 }  // namespace
 
 LoadResult StreamDocumentFile(OpenedDocument opened, uint64_t maxBytes, const TextSink& sink) {
@@ -94,15 +127,31 @@ LoadResult StreamDocumentFile(OpenedDocument opened, uint64_t maxBytes, const Te
     r.error = opened.error;
     return refuse(LoadDecision::OpenFailed, OpenErrorText(opened.error, opened.path), kTitleError, {});
   }
-  const int fd = r.lock.Get();
-
   struct stat st {};
-  if (fstat(fd, &st) != 0) {
+  if (fstat(r.lock.Get(), &st) != 0) {
     r.error = errno;
     return refuse(LoadDecision::SizeFailed, kTextCannotGetSize, kTitleErrorMangled,
                   "Nebro: ERROR - Cannot get file size");
   }
-  const uint64_t size = st.st_size < 0 ? 0 : static_cast<uint64_t>(st.st_size);
+  // Pipes, devices and sockets have no end to read to (or never say where it is).
+  if (!S_ISREG(st.st_mode)) {
+    return refuse(LoadDecision::NotRegular, kTextNotRegular, kTitleCannotOpen,
+                  "Nebro: ERROR - Not a regular file (device, pipe or socket)");
+  }
+  uint64_t size = st.st_size < 0 ? 0 : static_cast<uint64_t>(st.st_size);
+  Source fd{r.lock.Get(), nullptr};
+  std::string sizeless;
+  if (size == 0) {
+    int error = 0;
+    if (!ReadWhole(fd.fd, kSizelessCap, sizeless, error)) {
+      r.error = error;
+      return refuse(error ? LoadDecision::ReadFailed : LoadDecision::TooLarge,
+                    error ? kTextCannotRead : kTextSizelessTooLong, kTitleErrorMangled,
+                    error ? "Nebro: ERROR - Cannot read file" : "Nebro: ERROR - File without a size is too long");
+    }
+    size = sizeless.size();
+    fd.bytes = &sizeless;
+  }
   r.fileSize = size;
   const uint64_t limit = std::min<uint64_t>(maxBytes, std::numeric_limits<ptrdiff_t>::max());
   if (size > limit) {

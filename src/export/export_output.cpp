@@ -1,6 +1,7 @@
 #include "export/export_output.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -32,6 +33,9 @@ void ExportBytes::release() {
 
 bool ExportBytes::Reserve(size_t total) {
   if (total <= capacity_) return true;
+  // No object can be larger than PTRDIFF_MAX: such a size is refused before it reaches the
+  // allocator (which may abort instead of failing).
+  if (total > static_cast<size_t>(PTRDIFF_MAX)) return false;
   void* grown = std::realloc(data_, total);
   if (!grown) return false;
   data_ = static_cast<char*>(grown);

@@ -310,13 +310,23 @@ struct Sci_TextToFind {
   Sci_CharacterRange chrgText;
 };
 
-// The document loader returned by SCI_CREATELOADER.
+}  // namespace nebro::sci
+
+// The document loader returned by SCI_CREATELOADER. It is declared under the library's own
+// name: the object behind the pointer is one of Scintilla's, and a class of another name would
+// not be the type the object really has (the undefined-behaviour sanitizer reports every call).
+namespace Scintilla {
 class ILoader {
  public:
   virtual int Release() = 0;
-  virtual int AddData(const char* data, Sci_Position length) = 0;
+  virtual int AddData(const char* data, std::ptrdiff_t length) = 0;
   virtual void* ConvertToDocument() = 0;
 };
+}  // namespace Scintilla
+
+namespace nebro::sci {
+
+using ILoader = Scintilla::ILoader;
 
 // Lexilla's lexer objects are opaque here: they are created and handed to SCI_SETILEXER.
 using ILexer = void;

@@ -1,5 +1,9 @@
 #include "settings/settings.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstdio>
@@ -166,8 +170,26 @@ uint32_t Fnv1a(const unsigned char* bytes, size_t size) {
   return hash;
 }
 
+namespace {
+
+// Only a regular file is read: a pipe or device in its place would hang start-up or never end.
+FILE* OpenRegularFile(const std::string& path) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (fd < 0) return nullptr;
+  struct stat st {};
+  if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    close(fd);
+    return nullptr;
+  }
+  FILE* f = fdopen(fd, "rb");
+  if (!f) close(fd);
+  return f;
+}
+
+}  // namespace
+
 bool LoadSettingsFrom(const std::string& path, AppSettings& s) {
-  FilePtr f(std::fopen(path.c_str(), "rb"));
+  FilePtr f(OpenRegularFile(path));
   unsigned char header[kSettingsHeaderSize];
   auto record = std::make_unique<unsigned char[]>(kSettingsRecordSize);
   const bool ok = f && std::fread(header, 1, sizeof header, f.get()) == sizeof header &&

@@ -1,6 +1,7 @@
 #include "document/file_load.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -270,4 +271,24 @@ TEST(FileLoad, ReadOnlyFilesAndDisksOpenReadOnlyWithoutLock) {
   ASSERT_EQ(r.decision, LoadDecision::Loaded);
   EXPECT_TRUE(r.readOnly);
   EXPECT_EQ(r.eolMode, LineEndingMode::CRLF);
+}
+
+TEST(FileLoad, PipesAndDevicesAreRefusedAndSizelessFilesReadToTheEnd) {
+  TempFolder folder;
+  const std::string fifo = folder / "pipe";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& path : {fifo, std::string("/dev/zero"), std::string("/dev/null")}) {
+    const LoadResult r = LoadDocumentFile(path, kNoLimit);
+    EXPECT_EQ(r.decision, LoadDecision::NotRegular) << path;
+    EXPECT_EQ(r.message, kTextNotRegular) << path;
+    EXPECT_FALSE(r.lock.Valid()) << path;
+  }
+  // /proc says 0 bytes but has text: it is read to its end.
+  const LoadResult cpu = LoadDocumentFile("/proc/self/status", kNoLimit);
+  ASSERT_EQ(cpu.decision, LoadDecision::Loaded) << cpu.message;
+  const std::string text(cpu.text.view());
+  EXPECT_NE(text.find("Name:"), std::string::npos);
+  EXPECT_EQ(cpu.fileSize, text.size());
+  // A truly empty file is still an empty document.
+  EXPECT_EQ(LoadBytes(folder, "").decision, LoadDecision::Loaded);
 }

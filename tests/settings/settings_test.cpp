@@ -1,6 +1,7 @@
 #include "settings/settings.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <filesystem>
@@ -134,6 +135,13 @@ TEST(SettingsFile, BadFilesYieldDefaultsAndAreRewrittenAtTheNextSave) {
   }
   for (const std::string& bytes : bad) EXPECT_TRUE(loadsDefaults(bytes)) << testing::PrintToString(bytes.substr(0, 16));
   EXPECT_FALSE(LoadSettingsFrom(dir.Path() + "/missing.cfg", s));
+  // A pipe in the file's place gives the defaults at once instead of waiting for a writer.
+  const std::string fifo = dir.Path() + "/fifo.cfg";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  AppSettings fromPipe;
+  fromPipe.theme = 99;
+  EXPECT_FALSE(LoadSettingsFrom(fifo, fromPipe));
+  EXPECT_EQ(EncodeSettingsRecord(fromPipe), defaults);
 
   // Extra bytes behind the record are ignored.
   WriteBytes(path, good + "trailing junk");

@@ -84,6 +84,7 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
             UpdateTitle();
             RefreshToolbar();
           }
+          if (n->modificationType & SC_MOD_INSERTTEXT) appearance::GuardLongLines(gMain.editor, n->position);
           UpdateStatus();
           if (n->linesAdded != 0) appearance::UpdateMargin(gMain.margin);
         }

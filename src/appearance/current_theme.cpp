@@ -5,6 +5,7 @@
 namespace nebro::appearance {
 
 LanguageId gLanguage = kLangPlainText;
+PlainReason gPlainReason = PlainReason::None;
 bool gThemeChosenByUser = false;
 
 ThemeId CurrentThemeId() { return settings::gSettings.theme; }

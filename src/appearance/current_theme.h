@@ -2,6 +2,7 @@
 #pragma once
 
 #include "appearance/languages.h"
+#include "appearance/plain_styling.h"
 #include "appearance/themes.h"
 
 namespace nebro::appearance {
@@ -13,6 +14,8 @@ const ThemeColors& GetThemeColors();
 
 // The language of the open document, chosen from its extension.
 extern LanguageId gLanguage;
+// Why the open document is shown without its language's colours (None: it is not).
+extern PlainReason gPlainReason;
 
 // Set at start-up; cleared only when a theme is chosen for the user rather than by the user.
 // Lives in memory only.

@@ -79,12 +79,37 @@ void ApplyLanguageStyles(GtkWidget* editor) {
   SetLineNumberColours(editor, t);
 }
 
+namespace {
+
+// The document's text as one run of bytes (the editor closes its gap for it).
+std::string_view EditorText(GtkWidget* editor) {
+  const auto* text = reinterpret_cast<const char*>(Send(editor, SCI_GETCHARACTERPOINTER));
+  return {text ? text : "", text ? static_cast<size_t>(Send(editor, SCI_GETLENGTH)) : 0};
+}
+
+void ApplyPlainStyling(GtkWidget* editor, const ThemeColors& t) {
+  const CreateLexerFunction create = CreateLexerFn();
+  if (create) {
+    if (ILexer* nullLexer = create("null")) SendPtr(editor, SCI_SETILEXER, 0, nullLexer);
+  }
+  // Plain styling keeps the font as it is.
+  Send(editor, SCI_STYLECLEARALL);
+  Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
+  Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
+  Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, settings::gSettings.fontBold);
+  Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, settings::gSettings.fontItalic);
+  Send(editor, SCI_STYLECLEARALL);
+}
+
+}  // namespace
+
 void SetupLexer(GtkWidget* editor, const std::string& path) {
   const LanguageId id = DetectLanguage(Utf8ToUtf16(path));
   gLanguage = id;
   const ThemeColors& t = GetThemeColors();
   const CreateLexerFunction create = CreateLexerFn();
-  bool plain = id == kLangPlainText || !create;
+  gPlainReason = id == kLangPlainText ? PlainReason::None : PlainReasonFor(EditorText(editor));
+  bool plain = id == kLangPlainText || !create || gPlainReason != PlainReason::None;
   if (!plain) {
     if (ILexer* lexer = create(LexerName(id))) {
       SendPtr(editor, SCI_SETILEXER, 0, lexer);
@@ -98,19 +123,27 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
       plain = true;
     }
   }
-  if (plain) {
-    if (create) {
-      if (ILexer* nullLexer = create("null")) SendPtr(editor, SCI_SETILEXER, 0, nullLexer);
-    }
-    // Plain styling keeps the font as it is.
-    Send(editor, SCI_STYLECLEARALL);
-    Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
-    Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
-    Send(editor, SCI_STYLESETBOLD, STYLE_DEFAULT, settings::gSettings.fontBold);
-    Send(editor, SCI_STYLESETITALIC, STYLE_DEFAULT, settings::gSettings.fontItalic);
-    Send(editor, SCI_STYLECLEARALL);
-  }
+  if (plain) ApplyPlainStyling(editor, t);
   SetLineNumberColours(editor, t);
+}
+
+bool GuardLongLines(GtkWidget* editor, sptr_t position) {
+  if (gLanguage == kLangPlainText || gPlainReason != PlainReason::None) return false;
+  const sptr_t line = Send(editor, SCI_LINEFROMPOSITION, static_cast<uptr_t>(position));
+  PlainReason reason = PlainReason::None;
+  if (static_cast<size_t>(Send(editor, SCI_GETLENGTH)) > kLargeDocumentLimit) reason = PlainReason::LargeDocument;
+  else if (static_cast<size_t>(Send(editor, SCI_LINELENGTH, static_cast<uptr_t>(line))) > kLongLineLimit) reason = PlainReason::LongLine;
+  if (reason == PlainReason::None) return false;
+  gPlainReason = reason;
+  // Not from inside the change's own notification: before the next paint styles the line.
+  g_object_ref(editor);
+  g_idle_add_full(G_PRIORITY_HIGH, [](gpointer data) -> gboolean {
+    auto* e = static_cast<GtkWidget*>(data);
+    if (gtk_widget_get_parent(e) && gPlainReason != PlainReason::None) ApplyPlainStyling(e, GetThemeColors());
+    g_object_unref(e);
+    return G_SOURCE_REMOVE;
+  }, editor, nullptr);
+  return true;
 }
 
 }  // namespace nebro::appearance

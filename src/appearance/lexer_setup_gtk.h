@@ -7,6 +7,7 @@
 #include <string>
 
 #include "appearance/themes.h"
+#include "scintilla/scintilla_api.h"
 
 namespace nebro::appearance {
 
@@ -16,6 +17,9 @@ void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t);
 void ApplyLanguageStyles(GtkWidget* editor);
 // Chooses the language from the path and installs its lexer, keywords and styles.
 void SetupLexer(GtkWidget* editor, const std::string& path);
+// After text went in at `position`: a line grown past the long-line limit (or a document past
+// the size limit) turns the language's colours off before they are worked out. True when it did.
+bool GuardLongLines(GtkWidget* editor, sci::sptr_t position);
 // Scintilla's own margins stay hidden: the line numbers are drawn beside the editor.
 void HideOwnMargins(GtkWidget* editor);
 // Paints the editor's scroll bars in the theme's colours (trough in the text's background, the

@@ -53,6 +53,7 @@ StatusTexts MakeStatusTexts(const StatusInput& in) {
   StatusTexts t;
   t[0] = Format("  Ln %ld, Col %ld", StatusLineNumber(in.firstVisibleLine, in.caretY, in.textHeight),
                 in.column + 1);
+  if (in.notice) t[0] += in.notice;
   if (in.selectedCharacters > 0) t[1] = Format("  Sel: %ld", in.selectedCharacters);
   t[2] = Format("  %s", EncodingLabel(in.encoding));
   t[3] = Format("  %s", LineEndingLabel(in.eolMode));

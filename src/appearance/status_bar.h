@@ -19,6 +19,7 @@ struct StatusInput {
   int encoding = 1;  // TextEncoding value
   int eolMode = 0;   // the editor's EOL mode
   int zoom = 0;
+  const char* notice = "";  // follows the caret's place (why the document has no colours)
 };
 
 // The line shown as "Ln": counted on screen, so with word wrap on it counts display lines.

@@ -166,6 +166,7 @@ void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding) {
   in.encoding = static_cast<int>(encoding);
   in.eolMode = static_cast<int>(Send(e, SCI_GETEOLMODE));
   in.zoom = static_cast<int>(Send(e, SCI_GETZOOM));
+  in.notice = PlainReasonNotice(gPlainReason);
   StatusTexts texts = MakeStatusTexts(in);
   if (texts != state->texts) {
     const StatusTexts before = std::exchange(state->texts, std::move(texts));

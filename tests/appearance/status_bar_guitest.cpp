@@ -138,3 +138,21 @@ TEST_F(StatusBarTest, ANarrowWindowKeepsTheZoomAndEveryButtonOnScreen) {
   LayoutToolbar(buttons, toolbar);
   EXPECT_LE(buttons.buttons.back().rect.right, toolbar) << "toolbar " << toolbar << " px";
 }
+
+TEST_F(StatusBarTest, AVeryLongLineTurnsTheColoursOffAndSaysSo) {
+  constexpr int kLexerNull = 1, kLexerMarkdown = 98;
+  // Loaded with a line of 30,000 underscores: no Markdown colouring, and the bar says why.
+  const std::string longLine(30000, '_');
+  ASSERT_TRUE(LoadDocument(WriteFile("long.md", "# Title\n\n" + longLine + "\n")));
+  EXPECT_EQ(Send(SCI_GETLEXER), kLexerNull);
+  ExpectShows(0, "  Ln 1, Col 1   No colours: a line is longer than 20,000 characters");
+
+  // An ordinary Markdown file is coloured; pasting such a line into it turns the colours off
+  // before the next paint.
+  ASSERT_TRUE(LoadDocument(WriteFile("short.md", "# Title\n\n*text*\n")));
+  EXPECT_EQ(Send(SCI_GETLEXER), kLexerMarkdown);
+  ExpectShows(0, "  Ln 1, Col 1");
+  Type(longLine.c_str());
+  EXPECT_TRUE(WaitUntil([&] { return Send(SCI_GETLEXER) == kLexerNull; }, 5));
+  EXPECT_NE(StatusBarTexts(gMain.statusBar)[0].find("No colours: a line is longer"), std::string::npos);
+}

@@ -16,6 +16,7 @@
 #include "common/utf.h"
 #include "document/document_questions.h"
 #include "document/file_load_gtk.h"
+#include "document/recovery_gtk.h"
 #include "gtk/accelerators_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 #include "gtk/message_box_gtk.h"
@@ -52,7 +53,10 @@ gboolean OnWindowState(GtkWidget*, GdkEventWindowState* event, gpointer) {
   return FALSE;
 }
 
-void UpdateStatus() { appearance::UpdateStatusBar(gMain.statusBar, gMain.doc.encoding); }
+void UpdateStatus() {
+  appearance::UpdateStatusBar(gMain.statusBar, gMain.doc.encoding,
+                              document::RecoveryCopySkipped() ? document::kRecoverySkippedNotice : "");
+}
 
 void RefreshToolbar() { appearance::RefreshToolbarState(gMain.toolbar, gMain.doc.modified); }
 
@@ -85,6 +89,7 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
             RefreshToolbar();
           }
           if (n->modificationType & SC_MOD_INSERTTEXT) appearance::GuardLongLines(gMain.editor, n->position);
+          document::NoteChangeForRecovery(MainDocumentWindow());
           UpdateStatus();
           if (n->linesAdded != 0) appearance::UpdateMargin(gMain.margin);
         }
@@ -296,6 +301,10 @@ bool RequestClose() {
 void DestroyMainWindow() {
   if (!gMain.window || gMain.destroyed) return;
   gMain.destroyed = true;
+  // Text that was never saved outlives an editor ended by a signal (a logout, a shutdown) as a
+  // recovery copy, offered at the next start; a close the user chose leaves none behind.
+  if (!gViewerMode && ShuttingDown() && gMain.doc.modified) document::KeepRecoveryCopyNow(MainDocumentWindow());
+  else if (!gViewerMode) document::RemoveRecoveryCopy();
   document::CloseDocumentLock(gMain.doc);
   EndViewer();
   if (!gViewerMode) {
@@ -318,6 +327,7 @@ void DestroyMainWindow() {
 
 void ResetMainWindowState() {
   ResetShutdown();
+  document::RemoveRecoveryCopy();
   document::DocumentWindowDeactivated();
   SetMessageBoxLook(std::nullopt);
   if (gMain.window) {

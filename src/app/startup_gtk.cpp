@@ -18,6 +18,7 @@
 #include "appearance/current_theme.h"
 #include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
+#include "document/recovery_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
@@ -65,7 +66,12 @@ struct PostedOpen {
 
 gboolean OnPostedOpen(gpointer data) {
   auto* posted = static_cast<PostedOpen*>(data);
-  if (gMain.window) OpenFileFromStartup(posted->path);
+  // Unsaved text that an editor left behind comes first: restored, it is the document.
+  if (gMain.window && !gViewerMode && document::OfferRecoveryCopies(MainDocumentWindow())) {
+    Trace("Nebro: Start-up file not loaded: restored text shown instead");
+  } else if (gMain.window && !posted->path.empty()) {
+    OpenFileFromStartup(posted->path);
+  }
   delete posted;
   return G_SOURCE_REMOVE;
 }
@@ -189,6 +195,7 @@ int RunNebro(int argc, char** argv) {
 
   Trace("Nebro: Processing command line arguments");
   Trace("Nebro: Command line has %d arguments", static_cast<int>(args.size()));
+  std::string startupFile;
   if (args.size() < 2) {
     const std::string last = Utf16ToUtf8(settings::FieldText(settings::gSettings.lastFile));
     if (!gViewerMode && !last.empty()) {
@@ -198,7 +205,7 @@ int RunNebro(int argc, char** argv) {
         settings::SetFieldText(settings::gSettings.lastFile, u"");
       } else {
         Trace("Nebro: Loading last file from settings");
-        PostOpen(last);
+        startupFile = last;
       }
     } else {
       Trace("Nebro: No file to load (untitled document)");
@@ -207,8 +214,9 @@ int RunNebro(int argc, char** argv) {
     Trace("Nebro: First argument: %s", args[1].c_str());
     if (startup.fileFromViewerArgument) Trace("Nebro: Viewer mode - loading file from command line");
     else Trace("Nebro: Normal mode - loading file from command line");
-    PostOpen(*startup.fileToOpen);
+    startupFile = *startup.fileToOpen;
   }
+  PostOpen(startupFile);
 
   g_unix_signal_add(SIGTERM, OnTerminate, nullptr);
   g_unix_signal_add(SIGINT, OnTerminate, nullptr);

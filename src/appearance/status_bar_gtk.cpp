@@ -151,7 +151,7 @@ GtkWidget* CreateStatusBar(GtkWidget* editor) {
   return widget;
 }
 
-void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding) {
+void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding, const char* notice) {
   StatusBarState* state = StateOf(statusBar);
   GtkWidget* e = state ? state->editor : nullptr;
   if (!state || !e) return;
@@ -166,7 +166,8 @@ void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding) {
   in.encoding = static_cast<int>(encoding);
   in.eolMode = static_cast<int>(Send(e, SCI_GETEOLMODE));
   in.zoom = static_cast<int>(Send(e, SCI_GETZOOM));
-  in.notice = PlainReasonNotice(gPlainReason);
+  const std::string notices = std::string(PlainReasonNotice(gPlainReason)) + (notice ? notice : "");
+  in.notice = notices.c_str();
   StatusTexts texts = MakeStatusTexts(in);
   if (texts != state->texts) {
     const StatusTexts before = std::exchange(state->texts, std::move(texts));

@@ -15,7 +15,8 @@ GtkWidget* CreateStatusBar(GtkWidget* editor);
 
 // Recomputes the five parts from the editor and the document's encoding and repaints when a text
 // changed. Does nothing for a null status bar.
-void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding);
+// `notice` (may be empty) follows the caret's place, after the reason for plain colours.
+void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding, const char* notice = "");
 
 // The texts the status bar shows now (all empty for a null status bar).
 StatusTexts StatusBarTexts(GtkWidget* statusBar);

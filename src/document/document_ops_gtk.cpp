@@ -9,6 +9,7 @@
 #include "common/utf.h"
 #include "document/document_builder_gtk.h"
 #include "document/document_questions.h"
+#include "document/recovery_gtk.h"
 #include "document/document_texts.h"
 #include "document/file_load_gtk.h"
 #include "document/file_save.h"
@@ -40,6 +41,7 @@ std::vector<ChooserFilter> Filters(const FileFilter (&filters)[N]) {
 void DocumentBecame(const DocumentWindow& w, const std::string& path) {
   w.doc->path = DocumentPath(path);
   w.doc->modified = false;
+  RemoveRecoveryCopy();
   if (w.changed) w.changed();
 }
 

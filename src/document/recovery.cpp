@@ -1,0 +1,125 @@
+#include "document/recovery.h"
+
+#include <dirent.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include "common/safe_write.h"
+
+namespace nebro::document {
+namespace {
+
+constexpr std::string_view kMagic = "NEBRO RECOVERY 1\n";
+constexpr std::string_view kPrefix = "recovery_";
+constexpr std::string_view kSuffix = ".txt";
+
+// The line after `key` up to its newline; false when the bytes do not continue with `key`.
+bool ReadLine(std::string_view& bytes, std::string_view key, std::string& value) {
+  if (bytes.substr(0, key.size()) != key) return false;
+  const size_t nl = bytes.find('\n', key.size());
+  if (nl == std::string_view::npos) return false;
+  value = std::string(bytes.substr(key.size(), nl - key.size()));
+  bytes.remove_prefix(nl + 1);
+  return true;
+}
+
+}  // namespace
+
+std::string RecoveryFileFor(const std::string& folder, pid_t pid) {
+  return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kSuffix);
+}
+
+namespace {
+
+std::string RecoveryHeader(const std::string& originalPath, int64_t writtenAt, size_t size) {
+  std::string bytes(kMagic);
+  // A path holds no newline here: one that does is left out rather than breaking the header.
+  bytes += "path: " + (originalPath.find('\n') == std::string::npos ? originalPath : std::string()) + "\n";
+  bytes += "time: " + std::to_string(writtenAt) + "\n";
+  bytes += "size: " + std::to_string(size) + "\n\n";
+  return bytes;
+}
+
+}  // namespace
+
+std::string EncodeRecoveryCopy(const std::string& originalPath, int64_t writtenAt, std::string_view text) {
+  return RecoveryHeader(originalPath, writtenAt, text.size()).append(text);
+}
+
+bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy) {
+  if (bytes.substr(0, kMagic.size()) != kMagic) return false;
+  bytes.remove_prefix(kMagic.size());
+  std::string time, size;
+  if (!ReadLine(bytes, "path: ", copy.originalPath) || !ReadLine(bytes, "time: ", time) ||
+      !ReadLine(bytes, "size: ", size) || bytes.substr(0, 1) != "\n") {
+    return false;
+  }
+  bytes.remove_prefix(1);
+  char* end = nullptr;
+  errno = 0;
+  copy.writtenAt = std::strtoll(time.c_str(), &end, 10);
+  if (time.empty() || *end || errno) return false;
+  const unsigned long long length = std::strtoull(size.c_str(), &end, 10);
+  // A copy cut short by a full disk is not offered as if it were the whole text.
+  if (size.empty() || *end || errno || length != bytes.size()) return false;
+  copy.text = std::string(bytes);
+  return true;
+}
+
+bool WriteRecoveryCopy(const std::string& file, const std::string& originalPath, int64_t writtenAt,
+                       std::string_view text) {
+  const std::string header = RecoveryHeader(originalPath, writtenAt, text.size());
+  const std::string_view pieces[] = {header, text};
+  return SafeWriteFile(file, pieces).Ok();
+}
+
+bool EditorProcessRunning(pid_t pid) {
+  if (pid <= 0) return false;
+  if (kill(pid, 0) != 0 && errno == ESRCH) return false;
+  // The number may have gone to another program since: only an editor counts.
+  char link[64];
+  std::snprintf(link, sizeof link, "/proc/%d/exe", static_cast<int>(pid));
+  char target[4096];
+  const ssize_t n = readlink(link, target, sizeof target - 1);
+  if (n <= 0) return true;  // not ours to read: assume it is running rather than take its copy
+  std::string exe(target, static_cast<size_t>(n));
+  const size_t deleted = exe.rfind(" (deleted)");
+  if (deleted != std::string::npos && deleted + 10 == exe.size()) exe.erase(deleted);
+  const std::string base = exe.substr(exe.rfind('/') + 1);
+  return base == "nebro";
+}
+
+std::vector<RecoveryCopy> FindOrphanedRecoveryCopies(const std::string& folder) {
+  std::vector<RecoveryCopy> found;
+  DIR* dir = opendir(folder.c_str());
+  if (!dir) return found;
+  while (const dirent* entry = readdir(dir)) {
+    const std::string_view name = entry->d_name;
+    if (name.size() <= kPrefix.size() + kSuffix.size() || name.substr(0, kPrefix.size()) != kPrefix ||
+        name.substr(name.size() - kSuffix.size()) != kSuffix) {
+      continue;
+    }
+    const std::string number(name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size()));
+    char* end = nullptr;
+    const long pid = std::strtol(number.c_str(), &end, 10);
+    if (number.empty() || *end || pid <= 0 || EditorProcessRunning(static_cast<pid_t>(pid))) continue;
+    RecoveryCopy copy;
+    copy.file = folder + "/" + std::string(name);
+    copy.pid = static_cast<pid_t>(pid);
+    std::ifstream in(copy.file, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (DecodeRecoveryCopy(bytes, copy)) found.push_back(std::move(copy));
+  }
+  closedir(dir);
+  std::sort(found.begin(), found.end(), [](const RecoveryCopy& a, const RecoveryCopy& b) { return a.writtenAt < b.writtenAt; });
+  return found;
+}
+
+}  // namespace nebro::document

@@ -1,0 +1,48 @@
+// Recovery copies: while a document has unsaved changes, a copy of its text waits in the data
+// folder, so a crash, a kill or a power cut loses at most the last half minute of typing. Each
+// editor writes "recovery_<pid>.txt"; at start-up the copies of editors that no longer run are
+// offered back. A copy holds a small header (the original path and when it was written) and
+// then the text.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nebro::document {
+
+// Documents larger than this get no recovery copy (writing one would take too long).
+inline constexpr size_t kRecoveryLimit = 64u << 20;
+inline constexpr const char* kRecoverySkippedNotice = "   No recovery copy: larger than 64 MB";
+
+struct RecoveryCopy {
+  std::string file;  // the copy itself
+  pid_t pid = 0;     // the editor that wrote it
+  std::string originalPath;  // empty for an untitled document
+  int64_t writtenAt = 0;     // seconds since the epoch
+  std::string text;
+};
+
+// "<folder>/recovery_<pid>.txt".
+std::string RecoveryFileFor(const std::string& folder, pid_t pid);
+
+// The bytes of a copy, and the copy read back from them (false for anything else).
+std::string EncodeRecoveryCopy(const std::string& originalPath, int64_t writtenAt, std::string_view text);
+bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy);
+
+// Writes the copy atomically (a crash during the write leaves the previous copy).
+bool WriteRecoveryCopy(const std::string& file, const std::string& originalPath, int64_t writtenAt,
+                       std::string_view text);
+
+// The readable copies in `folder` whose editor is no longer running, oldest first. A copy of an
+// editor that still runs is never taken, whatever its age.
+std::vector<RecoveryCopy> FindOrphanedRecoveryCopies(const std::string& folder);
+
+// True while process `pid` is a running editor (a process of another program that got the same
+// number later does not count).
+bool EditorProcessRunning(pid_t pid);
+
+}  // namespace nebro::document

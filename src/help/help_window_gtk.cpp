@@ -69,7 +69,7 @@ void Restyle(Help* h) {
       "window, paned, scrolledwindow, viewport, list, scrollbar { background-color: " + bg + "; color: " + fg + "; }\n"
       "paned > separator { background-color: " + ColourText(t.border) + "; background-image: none; min-width: 1px; }\n"
       "label { color: " + fg + "; }\n"
-      "row { padding: 6px 12px; }\n"
+      "row { padding: 6px 12px; transition: none; }\n"
       "row:hover { background-color: " + ColourText(t.hoverBackground) + "; }\n"
       "row:selected { background-color: " + selBg + "; }\n"
       "row:selected label { color: " + selFg + "; }\n"
@@ -123,11 +123,10 @@ GtkWidget* TextView() {
   GtkTextBuffer* buffer = gtk_text_view_get_buffer(GTK_TEXT_VIEW(view));
   gtk_text_buffer_create_tag(buffer, "heading", "weight", PANGO_WEIGHT_BOLD, "scale", 1.2, "pixels-above-lines", 12,
                              "pixels-below-lines", 6, nullptr);
-  // Two columns: the keys (or the name), then what they do; a wrapped description keeps to the
-  // second column.
-  PangoTabArray* tabs = pango_tab_array_new_with_positions(1, TRUE, PANGO_TAB_LEFT, 240);
-  gtk_text_buffer_create_tag(buffer, "row", "tabs", tabs, "indent", -240, "left-margin", 18 + 240,
-                             "pixels-below-lines", 2, nullptr);
+  // Two columns: the keys (or the name), then what they do; a negative indent hangs the wrapped
+  // rest of a description under its column.
+  PangoTabArray* tabs = pango_tab_array_new_with_positions(1, TRUE, PANGO_TAB_LEFT, 220);
+  gtk_text_buffer_create_tag(buffer, "row", "tabs", tabs, "indent", -220, "pixels-below-lines", 2, nullptr);
   pango_tab_array_free(tabs);
   return view;
 }

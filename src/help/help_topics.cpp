@@ -61,9 +61,9 @@ const char* const kThemesIntro = R"(Nebro has six colour themes. Choose one from
 
 const char* const kThemesMore = R"(
 = What a theme colours
-The theme colours the text and its background, the syntax colours (keywords, comments, strings, numbers, preprocessor lines, operators), the line numbers, the toolbar and status bar, the message boxes and every window of Nebro, this one included. Open windows change with the theme at once.
+The theme colours the text and its background, the syntax colours (keywords, comments, strings, numbers, preprocessor lines, operators), the line numbers, the toolbar and status bar, the message boxes and Nebro's own windows, this one included. Open windows change with the theme at once.
 
-Exports take the theme too: HTML pages and rendered Markdown use its colours; RTF keeps the syntax colours but darkens very light ones so that the text stays readable on white paper. Printing and PDF files are black text on white paper.
+Exports take the theme too: HTML pages and rendered Markdown use its colours; RTF keeps the syntax colours but darkens very light ones so that the text stays readable on white paper. Printed pages, and PDF files of documents other than Markdown, are black text on white paper.
 
 Nebro Viewer keeps its own paper-coloured reading look whatever the theme.
 
@@ -102,7 +102,7 @@ HTML Document	a web page with the editor's colours and line numbers; a Markdown 
 Rich Text Format	for word processors, in the editor font, with the syntax colours, bold and italic
 Plain Text	the text exactly as the editor holds it: UTF-8, line endings unchanged
 
-HTML, RTF and plain text first ask where to save. Long exports run with a progress window that you can cancel, and say how long they took. HTML export offers to open the page in your browser.
+HTML, RTF and plain text first ask where to save. Exports that take a while run with a progress window that you can cancel. HTML export tells how long it took and offers to open the page in your browser.
 
 Very long documents would be slow to export, so above these sizes Nebro offers to open the text in the read-only Nebro Viewer instead:
 HTML	20,000 lines (a Markdown file: 30,000)
@@ -211,7 +211,7 @@ const char* const kLimitsIntro = R"(= Documents
 • Regular expressions know only ASCII for \w, \d, \s and \b, and "Col" in the regex result list is a position in the whole document (see Regular expressions).
 • The regex result list is filled only while "Color results" is on.
 • The Markdown renderer is deliberately small: no links, images, tables or code blocks (see Markdown preview). Only .md files are previewed and rendered; a .markdown file is highlighted but exported as ordinary text.
-• Printing and PDF export are black and white, without syntax colours.
+• Printing, and the PDF export of documents other than Markdown, are black and white, without syntax colours.
 • Large documents are offered to Nebro Viewer instead of being exported (see Export and print).
 )";
 

@@ -46,8 +46,16 @@ void ShowTopic(Help* h, int index) {
       tag = "row";
     }
     if (stop < text.size()) line += '\n';
-    if (tag) gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str(), -1, tag, nullptr);
-    else gtk_text_buffer_insert(buffer, &end, line.c_str(), -1);
+    if (tag && std::string(tag) == "row") {
+      // The first column (keys, syntax) in the fixed-width face, the rest as text.
+      const size_t tab = line.find('\t');
+      gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str(), static_cast<gint>(tab), "row", "code", nullptr);
+      gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str() + tab, -1, "row", nullptr);
+    } else if (tag) {
+      gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str(), -1, tag, nullptr);
+    } else {
+      gtk_text_buffer_insert(buffer, &end, line.c_str(), -1);
+    }
     start = stop + 1;
   }
   GtkTextIter first;
@@ -128,6 +136,7 @@ GtkWidget* TextView() {
   PangoTabArray* tabs = pango_tab_array_new_with_positions(1, TRUE, PANGO_TAB_LEFT, 220);
   gtk_text_buffer_create_tag(buffer, "row", "tabs", tabs, "indent", -220, "pixels-below-lines", 2, nullptr);
   pango_tab_array_free(tabs);
+  gtk_text_buffer_create_tag(buffer, "code", "family", "monospace", nullptr);
   return view;
 }
 

@@ -236,13 +236,14 @@ std::string Row(const std::string& keys, const std::string& what) { return keys 
 std::string ShortcutsText(const CommandTable& commands) {
   std::string text = kShortcutsIntro;
   std::string later;
-  for (const KeyListEntry& entry : CommandKeyList(commands)) {
-    // The row's id is not in the key list: find it back by its label to know whether it is built.
-    bool built = true;
-    for (const Command& c : commands.rows) {
-      if (c.label == entry.label && !c.keys.empty()) built = static_cast<bool>(c.run);
-    }
-    if (built) text += Row(entry.keys, entry.label);
+  // The key list holds the rows that have keys, in table order: walk them side by side to know
+  // which commands have their window.
+  const std::vector<KeyListEntry> list = CommandKeyList(commands);
+  size_t next = 0;
+  for (const Command& c : commands.rows) {
+    if (c.keys.empty() || next >= list.size()) continue;
+    const KeyListEntry& entry = list[next++];
+    if (c.run) text += Row(entry.keys, entry.label);
     else later += Row(entry.keys, entry.label + " (not available in this version)");
   }
   return text + later + kShortcutsMore;

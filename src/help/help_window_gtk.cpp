@@ -174,9 +174,11 @@ void ShowHelp(GtkWindow* owner, const CommandTable& commands, settings::AppSetti
   const HelpSize size = HelpWindowSize(settings.helpWidth, settings.helpHeight);
   gtk_window_set_default_size(GTK_WINDOW(h->window), size.width, size.height);
   g_signal_connect(h->window, "unmap", G_CALLBACK(Remember), h);
+  // The record lives as long as the window object, so that no late signal of a child meets it
+  // freed; the window stops being the open one as soon as it is destroyed.
+  g_object_set_data_full(G_OBJECT(h->window), "nebro-help", h, [](gpointer p) { delete static_cast<Help*>(p); });
   g_signal_connect_swapped(h->window, "destroy", G_CALLBACK(+[](Help* h) {
                              if (gHelp == h) gHelp = nullptr;
-                             delete h;
                            }), h);
 
   GtkWidget* paned = gtk_paned_new(GTK_ORIENTATION_HORIZONTAL);

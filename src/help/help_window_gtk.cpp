@@ -38,21 +38,14 @@ void ShowTopic(Help* h, int index) {
     size_t stop = text.find('\n', start);
     if (stop == std::string::npos) stop = text.size();
     std::string line = text.substr(start, stop - start);
-    const char* tag = nullptr;
-    if (line.rfind("= ", 0) == 0) {
-      line.erase(0, 2);
-      tag = "heading";
-    } else if (line.find('\t') != std::string::npos) {
-      tag = "row";
-    }
+    const size_t tab = line.find('\t');
     if (stop < text.size()) line += '\n';
-    if (tag && std::string(tag) == "row") {
+    if (line.rfind("= ", 0) == 0) {
+      gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str() + 2, -1, "heading", nullptr);
+    } else if (tab != std::string::npos) {
       // The first column (keys, syntax) in the fixed-width face, the rest as text.
-      const size_t tab = line.find('\t');
       gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str(), static_cast<gint>(tab), "row", "code", nullptr);
       gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str() + tab, -1, "row", nullptr);
-    } else if (tag) {
-      gtk_text_buffer_insert_with_tags_by_name(buffer, &end, line.c_str(), -1, tag, nullptr);
     } else {
       gtk_text_buffer_insert(buffer, &end, line.c_str(), -1);
     }

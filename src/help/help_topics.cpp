@@ -78,7 +78,7 @@ A file without a byte-order mark is taken as UTF-8 as it stands, without checkin
 = Binary files are refused
 Nebro does not open files that look binary ("Cannot open binary file."):
 • files that start like a PDF, program (MZ, ELF), ZIP archive or ZIP-based document, PNG, JPEG, GIF or BMP picture, old Office document or RIFF file (WAV, AVI, WebP);
-• files with more than two NUL bytes, or more than five other control characters, in their first 1,024 bytes.
+• files with more than two NUL bytes, or more than five control characters other than tab and line breaks, in their first 1,024 bytes.
 A plain-text file that happens to begin with MZ, PK or BM is refused too.
 
 = Line endings

@@ -5,6 +5,7 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
+#include "help/help_window_gtk.h"
 #include "print/page_setup_gtk.h"
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
@@ -67,7 +68,9 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
   AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
   AddCommand(t, NotBuilt(kCmdSettings, "Settings", {}));
-  AddCommand(t, NotBuilt(kCmdHelp, "Help", {}));
+  AddCommand(t, {kCmdHelp, "Help", {"F1"}, "", [] {
+                   help::ShowHelp(GTK_WINDOW(gMain.window), gMain.commands, settings::gSettings);
+                 }, {}});
   AddCommand(t, {kCmdLineNumbers, "Line Numbers", {}, "", ToggleLineNumbers, {}});
   AddCommand(t, {kCmdWordWrap, "Word Wrap", {}, "", ToggleWordWrap, {}});
   for (appearance::ThemeId id = 0; id < appearance::kThemeCount; ++id) {

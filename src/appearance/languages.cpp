@@ -2,6 +2,7 @@
 
 #include <cwctype>
 #include <string>
+#include <vector>
 
 namespace nebro::appearance {
 
@@ -71,6 +72,14 @@ LanguageId DetectLanguage(std::u16string_view path) {
     if (e.ext == ext) return e.id;
   }
   return kLangPlainText;
+}
+
+std::vector<std::string> LanguageExtensions(LanguageId id) {
+  std::vector<std::string> list;
+  for (const Extension& e : kExtensions) {
+    if (e.id == id) list.emplace_back(e.ext.begin(), e.ext.end());  // the table is ASCII
+  }
+  return list;
 }
 
 const char* LexerName(LanguageId id) {

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace nebro::appearance {
 
@@ -24,6 +26,9 @@ enum : LanguageId {
 
 // The language of a path by the text after its last dot (directories are not skipped).
 LanguageId DetectLanguage(std::u16string_view path);
+
+// The extensions (lower case, without the dot) that choose `id`, in the table's order.
+std::vector<std::string> LanguageExtensions(LanguageId id);
 
 // The Lexilla lexer name of a language ("null" for plain text and unknown numbers).
 const char* LexerName(LanguageId id);

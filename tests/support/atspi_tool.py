@@ -6,6 +6,7 @@
 #   gone|ROLE|NAME           until no showing object with that role and name exists
 #   click|ROLE|NAME          performs the object's first action (press, click, toggle, activate)
 #   set|ROLE|NAME|TEXT       replaces the object's editable text
+#   select|ROLE|NAME         selects the object among its parent's children (a list's row)
 #   text|ROLE|NAME           prints the object's text (or, without text, its name)
 #   state|ROLE|NAME          prints the object's states, sorted, space-separated
 #   tree|ROLE|NAME           prints the showing subtree: one "ROLE|NAME" line per object, indented
@@ -112,6 +113,8 @@ def run_step(pid, step):
             print(f"no action: {role} '{name}'", file=sys.stderr)
             return False
         return bool(action.doAction(0))
+    if verb == "select":
+        return bool(obj.parent.querySelection().selectChild(obj.getIndexInParent()))
     if verb == "set":
         editable = obj.queryEditableText()
         return bool(editable.setTextContents(fields[3]))

@@ -309,19 +309,33 @@ bool SafeFileWriter::RewriteInPlace(const Content& content) {
     }
     return failed(SafeWriteFailure::ReserveSpace, e);
   }
+  if (options_.backupBeforeInPlace) {
+    const int old = OpenRetrying(result_.target.c_str(), O_RDONLY);
+    struct stat st {};
+    const bool kept = old >= 0 && fstat(old, &st) == 0 &&
+                      options_.backupBeforeInPlace(old, static_cast<uint64_t>(st.st_size));
+    const int keptErrno = errno;
+    if (old >= 0) close(old);
+    if (!kept) return failed(SafeWriteFailure::BackupOld, keptErrno);
+  }
+  auto rewriteFailed = [&](SafeWriteFailure failure, int e) {
+    if (options_.afterInPlace) options_.afterInPlace(false);
+    return failed(failure, e);
+  };
   int e = 0;
   if (content.fd >= 0) {
-    if (!CopyAt(content.fd, fd, total, e)) return failed(SafeWriteFailure::Write, e);
+    if (!CopyAt(content.fd, fd, total, e)) return rewriteFailed(SafeWriteFailure::Write, e);
   } else {
     off_t at = 0;
     for (std::string_view piece : content.pieces) {
-      if (!WriteAllAt(fd, piece, at, e)) return failed(SafeWriteFailure::Write, e);
+      if (!WriteAllAt(fd, piece, at, e)) return rewriteFailed(SafeWriteFailure::Write, e);
       at += static_cast<off_t>(piece.size());
     }
   }
   if (ftruncate(fd, static_cast<off_t>(total)) != 0 || fsync(fd) != 0) {
-    return failed(SafeWriteFailure::Flush, errno);
+    return rewriteFailed(SafeWriteFailure::Flush, errno);
   }
+  if (options_.afterInPlace) options_.afterInPlace(true);
   Fail(SafeWriteFailure::None, 0);
   result_.inPlace = true;
   if (options_.onFlushed) options_.onFlushed(fd);
@@ -432,6 +446,7 @@ std::string_view SafeWriteStepText(SafeWriteFailure failure) {
     case SafeWriteFailure::CreateTemporary: return "create a temporary file";
     case SafeWriteFailure::KeepPermissions: return "keep the permissions";
     case SafeWriteFailure::OpenInPlace: return "open the file for writing";
+    case SafeWriteFailure::BackupOld: return "keep a copy of the old content";
     case SafeWriteFailure::ReserveSpace: return "reserve space";
     case SafeWriteFailure::Write: return "write";
     case SafeWriteFailure::Flush: return "flush";

@@ -43,6 +43,7 @@ enum class SafeWriteFailure {
   Write,            // a write failed (or, streaming, an earlier one did)
   Flush,            // fsync (or closing a device) failed
   Rename,           // the new file could not take the target's name
+  BackupOld,        // rewriting in place: the old content could not be kept aside first
 };
 
 struct SafeWriteResult {
@@ -63,6 +64,13 @@ struct SafeWriteOptions {
   // gives it the target's name, or right after an in-place rewrite. Nothing fails after an
   // in-place call; after the other a failed rename still removes the new file.
   std::function<void(int fd)> onFlushed;
+  // A rewrite in place is the one write a crash could leave half old, half new. When set, this
+  // is given a read-only descriptor of the old content and its size before any byte changes,
+  // to keep a copy elsewhere; false refuses the write (BackupOld). `afterInPlace(complete)` runs
+  // when the rewrite has ended: complete when the new content is whole on disk (the copy may
+  // go), else the copy is all that holds the old content.
+  std::function<bool(int fd, uint64_t size)> backupBeforeInPlace;
+  std::function<void(bool complete)> afterInPlace;
   // The result keeps the written file open (SafeWriteResult::fd) instead of closing it.
   bool keepOpen = false;
   // A device or a pipe named as the target gets the bytes directly, as a shell redirection

@@ -3,11 +3,16 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 #include "common/safe_write.h"
 #include "document/file_lock.h"
+#include "document/recovery.h"
+#include "settings/data_folder.h"
 
 namespace nebro::document {
 
@@ -47,7 +52,8 @@ SaveError ErrorOf(SafeWriteFailure failure, int e) {
     case SafeWriteFailure::RefusedByCaller: return SaveError::LockedElsewhere;
     case SafeWriteFailure::ReserveSpace: return SaveError::NoSpace;
     case SafeWriteFailure::Write:
-    case SafeWriteFailure::Flush: return ErrorFromErrno(e, SaveError::IoError);
+    case SafeWriteFailure::Flush:
+    case SafeWriteFailure::BackupOld: return ErrorFromErrno(e, SaveError::IoError);
     case SafeWriteFailure::TargetReadOnly:
     case SafeWriteFailure::OpenInPlace: {
       // The file itself refuses: that is a read-only file, whatever the folder would allow.
@@ -92,6 +98,19 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
     // Our own old lock on this same file (rewritten in place) would refuse the new one.
     if (fstat(fd, &written) == 0 && SameFile(lockFd, written)) CloseDocumentLock(lockFd);
     LockWholeFile(fd);
+  };
+  // A rewrite in place keeps the old content in the data folder until the new content is
+  // whole on disk: a crash in between leaves a copy the next start offers back. Where the data
+  // folder cannot be written at all the save goes ahead without one; a copy that fails midway
+  // (a full disk) refuses the save.
+  const std::string folder = settings::GetSettingsFolder();
+  const bool canKeep = !folder.empty() && faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) == 0;
+  const std::string backup = canKeep ? RecoveryBackupFileFor(folder, getpid()) : "";
+  options.backupBeforeInPlace = [&](int fd, uint64_t size) {
+    return backup.empty() || WriteRecoveryBackup(backup, path, static_cast<int64_t>(std::time(nullptr)), fd, size);
+  };
+  options.afterInPlace = [&](bool complete) {
+    if (complete && !backup.empty()) unlink(backup.c_str());
   };
   const SafeWriteResult written = SafeWriteFile(path, pieces, options);
 

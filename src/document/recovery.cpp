@@ -19,6 +19,7 @@ namespace {
 constexpr std::string_view kMagic = "NEBRO RECOVERY 1\n";
 constexpr std::string_view kPrefix = "recovery_";
 constexpr std::string_view kSuffix = ".txt";
+constexpr std::string_view kBackupTag = "-old";
 
 // The line after `key` up to its newline; false when the bytes do not continue with `key`.
 bool ReadLine(std::string_view& bytes, std::string_view key, std::string& value) {
@@ -34,6 +35,10 @@ bool ReadLine(std::string_view& bytes, std::string_view key, std::string& value)
 
 std::string RecoveryFileFor(const std::string& folder, pid_t pid) {
   return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kSuffix);
+}
+
+std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid) {
+  return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kBackupTag) + std::string(kSuffix);
 }
 
 namespace {
@@ -80,6 +85,22 @@ bool WriteRecoveryCopy(const std::string& file, const std::string& originalPath,
   return SafeWriteFile(file, pieces).Ok();
 }
 
+bool WriteRecoveryBackup(const std::string& file, const std::string& originalPath, int64_t writtenAt, int fd,
+                         uint64_t size) {
+  SafeFileWriter out;
+  if (!out.Open(file).Ok() || !out.Write(RecoveryHeader(originalPath, writtenAt, static_cast<size_t>(size)))) return false;
+  std::string buffer(1u << 20, '\0');
+  uint64_t done = 0;
+  while (done < size) {
+    const ssize_t got = pread(fd, buffer.data(), static_cast<size_t>(std::min<uint64_t>(buffer.size(), size - done)),
+                              static_cast<off_t>(done));
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0 || !out.Write(std::string_view(buffer.data(), static_cast<size_t>(got)))) return false;
+    done += static_cast<uint64_t>(got);
+  }
+  return out.Commit().Ok();
+}
+
 bool EditorProcessRunning(pid_t pid) {
   if (pid <= 0) return false;
   if (kill(pid, 0) != 0 && errno == ESRCH) return false;
@@ -106,11 +127,15 @@ std::vector<RecoveryCopy> FindOrphanedRecoveryCopies(const std::string& folder) 
         name.substr(name.size() - kSuffix.size()) != kSuffix) {
       continue;
     }
-    const std::string number(name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size()));
+    std::string number(name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size()));
+    const bool backup = number.size() > kBackupTag.size() &&
+                        number.compare(number.size() - kBackupTag.size(), kBackupTag.size(), kBackupTag) == 0;
+    if (backup) number.resize(number.size() - kBackupTag.size());
     char* end = nullptr;
     const long pid = std::strtol(number.c_str(), &end, 10);
     if (number.empty() || *end || pid <= 0 || EditorProcessRunning(static_cast<pid_t>(pid))) continue;
     RecoveryCopy copy;
+    copy.beforeSave = backup;
     copy.file = folder + "/" + std::string(name);
     copy.pid = static_cast<pid_t>(pid);
     std::ifstream in(copy.file, std::ios::binary);

@@ -21,6 +21,7 @@ inline constexpr const char* kRecoverySkippedNotice = "   No recovery copy: larg
 struct RecoveryCopy {
   std::string file;  // the copy itself
   pid_t pid = 0;     // the editor that wrote it
+  bool beforeSave = false;   // a file's old content, kept while a save rewrote it in place
   std::string originalPath;  // empty for an untitled document
   int64_t writtenAt = 0;     // seconds since the epoch
   std::string text;
@@ -29,6 +30,10 @@ struct RecoveryCopy {
 // "<folder>/recovery_<pid>.txt".
 std::string RecoveryFileFor(const std::string& folder, pid_t pid);
 
+// "<folder>/recovery_<pid>-old.txt": the old content of a file while a save rewrites it in
+// place (a file with other hard links, in a folder that takes no new file...).
+std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid);
+
 // The bytes of a copy, and the copy read back from them (false for anything else).
 std::string EncodeRecoveryCopy(const std::string& originalPath, int64_t writtenAt, std::string_view text);
 bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy);
@@ -36,6 +41,10 @@ bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy);
 // Writes the copy atomically (a crash during the write leaves the previous copy).
 bool WriteRecoveryCopy(const std::string& file, const std::string& originalPath, int64_t writtenAt,
                        std::string_view text);
+
+// The same copy of the `size` bytes that `fd` reads, streamed (the file may be large).
+bool WriteRecoveryBackup(const std::string& file, const std::string& originalPath, int64_t writtenAt, int fd,
+                         uint64_t size);
 
 // The readable copies in `folder` whose editor is no longer running, oldest first. A copy of an
 // editor that still runs is never taken, whatever its age.

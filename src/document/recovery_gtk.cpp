@@ -110,7 +110,10 @@ bool OfferRecoveryCopies(const DocumentWindow& w) {
     std::tm local{};
     if (localtime_r(&t, &local)) std::strftime(when, sizeof when, "%Y-%m-%d %H:%M", &local);
     const std::string name = it->originalPath.empty() ? "Untitled" : DocumentDisplayName(it->originalPath);
-    const std::string question = "Nebro found unsaved text from " + name + " (" + when + ").\nRestore?";
+    const std::string question =
+        it->beforeSave ? "A save of " + name + " was interrupted (" + when +
+                             ").\nNebro kept the file's previous content. Restore it?"
+                       : "Nebro found unsaved text from " + name + " (" + when + ").\nRestore?";
     if (ShowMessageBox(w.owner, kMbYesNo, question, "Nebro - Recovery") != kMbResultSaveOrYes) {
       unlink(it->file.c_str());
       continue;

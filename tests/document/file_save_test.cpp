@@ -1,8 +1,19 @@
 #include "document/file_save.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <thread>
 
 #include "document/file_load.h"
+#include "document/recovery.h"
+#include "settings/data_folder.h"
 #include "../support/disk_fixtures.h"
 
 using namespace nebro;
@@ -183,4 +194,46 @@ TEST(FileSave, FolderProblems) {
   EXPECT_EQ(ReadBytes(closed + "/writable.txt"), "\xEF\xBB\xBFnew");
   EXPECT_EQ(OpenDocumentFile(closed + "/writable.txt").error, kOpenErrorLocked);
   CloseDocumentLock(lockFd);
+}
+
+// A file with a second name is rewritten in place, the one save a crash could leave half old,
+// half new. Killed at random moments during such saves, the editor always leaves the whole old
+// content, the whole new content, or the whole old content kept aside in the data folder.
+TEST(FileSave, KilledDuringAnInPlaceSaveTheOldContentSurvives) {
+  TempFolder folder;
+  const std::string path = folder / "doc.txt";
+  const std::string oldText(8u << 20, 'o');
+  std::string newText(8u << 20, 'n');
+  newText.back() = '\n';
+  std::mt19937 random(7);
+  int torn = 0;
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    WriteBytes(path, oldText);
+    unlink((folder / "other.txt").c_str());
+    ASSERT_EQ(link(path.c_str(), (folder / "other.txt").c_str()), 0);
+    const pid_t saver = fork();
+    if (saver == 0) {
+      nebro::settings::SetConfigRoot(folder / "config");
+      int lock = -1;
+      _exit(SaveDocumentFile(path, newText.data(), newText.size(), TextEncoding::Utf8, lock).Ok() ? 0 : 1);
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
+    kill(saver, SIGKILL);
+    int status = 0;
+    waitpid(saver, &status, 0);
+    const std::string now = ReadBytes(path);
+    EXPECT_EQ(ReadBytes(folder / "other.txt"), now) << "the two names parted";
+    const std::string backup = nebro::document::RecoveryBackupFileFor(folder / "config/Nebro", saver);
+    if (now != oldText && now != newText) {
+      ++torn;
+      nebro::document::RecoveryCopy copy;
+      ASSERT_TRUE(nebro::document::DecodeRecoveryCopy(ReadBytes(backup), copy)) << "attempt " << attempt;
+      EXPECT_EQ(copy.text, oldText);
+      EXPECT_EQ(copy.originalPath, path);
+    } else if (now == newText && WIFEXITED(status)) {
+      EXPECT_FALSE(std::filesystem::exists(backup)) << "a finished save leaves no copy behind";
+    }
+    unlink(backup.c_str());
+  }
+  std::printf("%d of 50 saves were caught half-written\n", torn);
 }

@@ -85,7 +85,7 @@ TEST_F(SettingsDialogTest, CancelAndRefusedTransparencyChangeNothingThenOkApplie
   Pump(app::gMain.window);
   EXPECT_FALSE(gtk_widget_get_visible(hbar));  // wrapped text needs none
 
-  // Everything changed, then Cancel: the stored theme stays in force and nothing is saved.
+  // Everything changed, then Escape: the stored theme stays in force and nothing is saved.
   ASSERT_TRUE(app::DispatchCommand(kCmdSettings));
   AccessibilityResult r = Accessible({std::string("wait|") + kDialog, "wait|label|(0 - 50)", "state|combo box|Interval",
                                       "click|check box|Enable", "state|combo box|Interval"});
@@ -93,8 +93,9 @@ TEST_F(SettingsDialogTest, CancelAndRefusedTransparencyChangeNothingThenOkApplie
   const std::string before = r.out.substr(0, r.out.find('\n')), after = r.out.substr(r.out.find('\n') + 1);
   EXPECT_NE(before.find("sensitive"), std::string::npos) << before;  // auto-save was on
   EXPECT_EQ(after.find("sensitive"), std::string::npos) << after;    // off greys the interval
-  Run({"select|combo box|Theme|Night", "click|check box|Word wrap", "set|text|Transparency|20",
-       "click|push button|Cancel", std::string("gone|") + kDialog});
+  Run({"select|combo box|Theme|Night", "click|check box|Word wrap", "set|text|Transparency|20"});
+  SendKey(FindWindow("NebroSettings"), GDK_KEY_Escape);
+  Run({std::string("gone|") + kDialog});
   EXPECT_EQ(settings::gSettings.theme, 0u);
   EXPECT_TRUE(settings::gSettings.wordWrap);
   EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_WORD);
@@ -146,9 +147,7 @@ TEST_F(SettingsDialogTest, CancelAndRefusedTransparencyChangeNothingThenOkApplie
 TEST_F(SettingsDialogTest, FontDialogRefusesBadSizesAndStoresTheChosenFont) {
   boxesExpected = true;
   answer = kMbResultOk;
-  // Ctrl+Shift+F through the window's own keys.
-  ASSERT_TRUE(gtk_accel_groups_activate(G_OBJECT(app::gMain.window), GDK_KEY_f,
-                                        static_cast<GdkModifierType>(GDK_CONTROL_MASK | GDK_SHIFT_MASK)));
+  SendKey(app::gMain.window, GDK_KEY_F, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
   Run({std::string("wait|") + kFontDialog, "set|text|Search|sans mono", "select|table|Face|DejaVu Sans Mono"});
   size_t expected = 0;
   for (const char* bad : {"0", "145", "twelve"}) {
@@ -162,7 +161,10 @@ TEST_F(SettingsDialogTest, FontDialogRefusesBadSizesAndStoresTheChosenFont) {
   }
   EXPECT_EQ(settings::FieldText(settings::gSettings.fontName), u"Consolas");
   EXPECT_EQ(settings::gSettings.fontSize, 11);
-  Run({"set|text|Size|14", "click|check box|Bold", "click|push button|OK", std::string("gone|") + kFontDialog});
+  // Enter is OK.
+  Run({"set|text|Size|14", "click|check box|Bold"});
+  SendKey(FindWindow("NebroFont"), GDK_KEY_Return);
+  Run({std::string("gone|") + kFontDialog});
 
   EXPECT_EQ(settings::FieldText(settings::gSettings.fontName), u"DejaVu Sans Mono");
   EXPECT_EQ(settings::gSettings.fontSize, 14);

@@ -10,7 +10,9 @@
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "settings/font_dialog_gtk.h"
 #include "settings/settings.h"
+#include "settings/settings_dialog_gtk.h"
 
 namespace nebro::app {
 namespace {
@@ -53,7 +55,9 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, NotBuilt(kCmdFindReplace, "Find & Replace", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H"));
   // The menu names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
   AddCommand(t, NotBuilt(kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H"));
-  AddCommand(t, NotBuilt(kCmdFont, "Font", {"Ctrl+Shift+F"}));
+  AddCommand(t, {kCmdFont, "Font", {"Ctrl+Shift+F"}, "", [] {
+                   settings::ShowFontDialog(GTK_WINDOW(gMain.window), gMain.editor, gMain.margin);
+                 }, {}});
   AddCommand(t, {kCmdPrint, "Print", {"Ctrl+P"}, "", [] {
                    print::PrintEditor(GTK_WINDOW(gMain.window), gMain.editor,
                                       print::PageStyleFromSettings(settings::gSettings), gMain.doc.path);
@@ -67,7 +71,10 @@ void AddMainWindowCommands(CommandTable& t) {
                  }, {}});
   AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
   AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
-  AddCommand(t, NotBuilt(kCmdSettings, "Settings", {}));
+  AddCommand(t, {kCmdSettings, "Settings", {}, "", [] {
+                   settings::ShowSettingsDialog({GTK_WINDOW(gMain.window), gMain.editor, gMain.margin, ApplyTransparency,
+                                                 [](int minutes) { document::RestartAutoSaveTimer(MainDocumentWindow(), minutes); }});
+                 }, {}});
   AddCommand(t, {kCmdHelp, "Help", {"F1"}, "", [] {
                    help::ShowHelp(GTK_WINDOW(gMain.window), gMain.commands, settings::gSettings);
                  }, {}});

@@ -18,7 +18,7 @@ const DrawnPartsModel* ModelOf(GtkWidget* area) {
 
 struct PartAccessible {
   AtkObject parent;
-  GtkWidget* area;  // weak: the area owns its accessible, which owns the parts
+  GtkWidget* area;  // weak (nulled when the area goes: the bridge may keep a part longer)
   int index;
   std::string* name;  // kept for the name GTK hands out as a const pointer
 };
@@ -59,7 +59,15 @@ AtkStateSet* PartStates(AtkObject* object) {
 
 gint PartIndex(AtkObject* object) { return Part(object)->index; }
 
+// The part forgets its area when the area is finalized before it.
+void SetPartArea(PartAccessible* part, GtkWidget* area) {
+  if (part->area) g_object_remove_weak_pointer(G_OBJECT(part->area), reinterpret_cast<gpointer*>(&part->area));
+  part->area = area;
+  if (area) g_object_add_weak_pointer(G_OBJECT(area), reinterpret_cast<gpointer*>(&part->area));
+}
+
 void PartFinalize(GObject* object) {
+  SetPartArea(Part(object), nullptr);
   delete Part(object)->name;
   G_OBJECT_CLASS(g_type_class_peek(ATK_TYPE_OBJECT))->finalize(object);
 }
@@ -151,7 +159,7 @@ AtkObject* AreaChild(AtkObject* object, gint i) {
   AtkObject*& slot = (*self->parts)[static_cast<size_t>(i)];
   if (!slot) {
     PartAccessible* part = Part(g_object_new(PartAccessibleType(), nullptr));
-    part->area = widget;
+    SetPartArea(part, widget);
     part->index = i;
     part->name = new std::string;
     slot = ATK_OBJECT(part);
@@ -172,7 +180,7 @@ void AreaFinalize(GObject* object) {
   if (self->parts) {
     for (AtkObject* part : *self->parts) {
       if (!part) continue;
-      Part(part)->area = nullptr;
+      SetPartArea(Part(part), nullptr);
       g_object_unref(part);
     }
     delete self->parts;

@@ -7,6 +7,9 @@
 #   click|ROLE|NAME          performs the object's first action (press, click, toggle, activate)
 #   set|ROLE|NAME|TEXT       replaces the object's editable text
 #   select|ROLE|NAME         selects the object among its parent's children (a list's row)
+#   select|ROLE|NAME|ITEM    selects the child named ITEM of a list, table or drop-down list
+#   within|ROLE|NAME         later steps search only inside that object (one window of several
+#                            with the same buttons); "within||" searches everything again
 #   text|ROLE|NAME           prints the object's text (or, without text, its name)
 #   state|ROLE|NAME          prints the object's states, sorted, space-separated
 #   tree|ROLE|NAME           prints the showing subtree: one "ROLE|NAME" line per object, indented
@@ -52,10 +55,21 @@ def walk(obj, depth=0):
             yield from walk(child, depth + 1)
 
 
+scope = None  # (role, name) of the object later steps search in, or None for the application
+
+
 def find(pid, role, name):
     app = application(pid)
     if app is None:
         return None
+    if scope is not None and (role, name) != scope:
+        app = find_in(app, *scope)
+        if app is None:
+            return None
+    return find_in(app, role, name)
+
+
+def find_in(app, role, name):
     for obj, _ in walk(app):
         try:
             if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
@@ -84,6 +98,25 @@ def text_of(obj):
         return obj.name
 
 
+def children(obj):
+    try:
+        return [child for child in obj]
+    except Exception:
+        return []
+
+
+def select(obj, item):
+    # A table or list holds its items itself; a drop-down list in its pop-up menu, shown or not.
+    items = children(obj)
+    names = [child.name if child is not None else None for child in items]
+    if item not in names and items:
+        names = [child.name if child is not None else None for child in children(items[0])]
+    if item not in names:
+        print(f"no item '{item}' in {obj.getRoleName()} '{obj.name}': {names}", file=sys.stderr)
+        return False
+    return bool(obj.querySelection().selectChild(names.index(item)))
+
+
 def run_step(pid, step):
     fields = step.split("|")
     verb = fields[0]
@@ -96,6 +129,10 @@ def run_step(pid, step):
         print("no focused object", file=sys.stderr)
         return False
     role, name = fields[1], fields[2]
+    if verb == "within":
+        global scope
+        scope = (role, name) if role else None
+        return True
     if verb == "gone":
         if until(lambda: find(pid, role, name) is None) is None:
             print(f"still there: {role} '{name}'", file=sys.stderr)
@@ -113,11 +150,13 @@ def run_step(pid, step):
             print(f"no action: {role} '{name}'", file=sys.stderr)
             return False
         return bool(action.doAction(0))
-    if verb == "select":
+    if verb == "select" and len(fields) < 4:
         return bool(obj.parent.querySelection().selectChild(obj.getIndexInParent()))
     if verb == "set":
         editable = obj.queryEditableText()
         return bool(editable.setTextContents(fields[3]))
+    if verb == "select":
+        return select(obj, fields[3])
     if verb == "text":
         print(text_of(obj))
         return True

@@ -136,6 +136,14 @@ inline void SendKey(GtkWidget* widget, guint keyval, unsigned state = 0) {
   e->key.time = GDK_CURRENT_TIME;
   e->key.keyval = keyval;
   e->key.state = state;
+  // The key's place on the keyboard, which accelerators are matched by.
+  GdkKeymapKey* keys = nullptr;
+  gint count = 0;
+  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gtk_widget_get_display(widget)), keyval, &keys,
+                                        &count) && count > 0) {
+    e->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
+  }
+  g_free(keys);
   gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(widget))));
   Deliver(e);
 }

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 
@@ -25,6 +27,12 @@ void Keys(const std::string& title, const std::string& keys) {
   const std::string id = WaitForWindow(title);
   ASSERT_FALSE(id.empty()) << "no window titled " << title;
   ASSERT_EQ(Shell("xdotool windowfocus --sync " + id + " key --window " + id + " " + keys), 0);
+}
+
+// Presses a button of the editor's toolbar the way a screen reader would.
+void ClickThroughAccessibility(pid_t pid, const std::string& button) {
+  ASSERT_EQ(Shell("/usr/bin/python3 " NEBRO_TEST_SUPPORT_DIR "/atspi_tool.py --pid " + std::to_string(pid) +
+                  " 'click|push button|" + button + "'"), 0);
 }
 
 struct State {
@@ -51,6 +59,7 @@ TEST(SignalExit, EndsInOrderFromEveryWindowAndWritesNothing) {
   lock.l_type = F_WRLCK;
   ASSERT_EQ(fcntl(lockFd, F_OFD_SETLK, &lock), 0);
 
+  pid_t pid = 0;  // the running editor's
   const State states[] = {
       {"idle", plain, [] {}, "Nebro - plain.txt"},
       {"the binary-file refusal at start-up", binary, [] {}, "Nebro - Cannot Open"},
@@ -58,23 +67,33 @@ TEST(SignalExit, EndsInOrderFromEveryWindowAndWritesNothing) {
       {"the save question after Ctrl+N",
        plain, [] { Keys("Nebro - plain.txt", "ctrl+End x ctrl+n"); }, "Nebro"},
       {"the Save As chooser", plain, [] { Keys("Nebro - plain.txt", "ctrl+End x ctrl+shift+s"); }, "Save As - Nebro"},
+      {"the Font dialog", plain, [] { Keys("Nebro - plain.txt", "ctrl+shift+f"); }, "Nebro - Font"},
+      {"the Help window", plain, [] { Keys("Nebro - plain.txt", "F1"); }, "Nebro - Help"},
+      {"the Settings dialog", plain, [&] { ClickThroughAccessibility(pid, "Settings"); }, "Nebro - Settings"},
       {"\"Cannot save file.\"", gone, [&] {
          Keys("Nebro - notes.txt", "ctrl+End x");
          fs::remove_all(box.Path() + "/gone");
          Keys("Nebro - notes.txt \\*", "ctrl+s");
        }, ""},
   };
+  // The editors are visible to screen readers, as on a desktop.
+  std::vector<std::string> env = box.Env();
+  std::erase(env, "NO_AT_BRIDGE=1");
   for (const State& s : states) {
     SCOPED_TRACE(s.what);
     fs::remove_all(box.Path() + "/cfg");
-    Child nebro({NEBRO_EXECUTABLE, s.file}, box.Env());
+    Child nebro({NEBRO_EXECUTABLE, s.file}, env);
+    pid = nebro.Pid();
     ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad called")) << nebro.Output();
     s.reach();
     // The box or chooser of this state is on screen (a message box when no title is named).
     if (!s.shown.empty()) ASSERT_FALSE(WaitForWindow(s.shown).empty()) << nebro.Output();
     else ASSERT_TRUE(nebro.WaitForLine("Nebro: Message box shown")) << nebro.Output();
+    const auto signalled = std::chrono::steady_clock::now();
     nebro.Signal(SIGTERM);
     EXPECT_EQ(nebro.Wait(), 0) << nebro.Output();
+    std::printf("%s: ended %.0f ms after the signal\n", s.what,
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - signalled).count());
     EXPECT_NE(nebro.Output().find("Nebro: Exited message loop"), std::string::npos) << nebro.Output();
     // The settings were written on the way out, and every file holds what it held.
     nebro::settings::AppSettings after;

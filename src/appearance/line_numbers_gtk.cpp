@@ -1,5 +1,6 @@
 #include "appearance/line_numbers_gtk.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -7,6 +8,7 @@
 
 #include "appearance/current_theme.h"
 #include "gtk/drawing_gtk.h"
+#include "gtk/drawn_parts_accessible_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
@@ -28,6 +30,20 @@ void RememberWidth(GtkWidget* margin, int width) {
   g_object_set_data(G_OBJECT(margin), kWidthKey, GINT_TO_POINTER(width));
 }
 GtkWidget* EditorOf(GtkWidget* margin) { return static_cast<GtkWidget*>(g_object_get_data(G_OBJECT(margin), kEditorKey)); }
+
+constexpr const char* kToldKey = "nebro-margin-told";
+
+// "Lines 1 to 40 of 200": the document lines the margin numbers now.
+std::string VisibleLinesText(GtkWidget* e) {
+  if (!e) return "";
+  const long count = static_cast<long>(Send(e, SCI_GETLINECOUNT));
+  const sptr_t top = Send(e, SCI_GETFIRSTVISIBLELINE);
+  const long first = static_cast<long>(Send(e, SCI_DOCLINEFROMVISIBLE, static_cast<uptr_t>(top))) + 1;
+  const long last = std::min<long>(
+      count, static_cast<long>(Send(e, SCI_DOCLINEFROMVISIBLE, static_cast<uptr_t>(top + Send(e, SCI_LINESONSCREEN) - 1))) + 1);
+  return "Lines " + std::to_string(first) + " to " + std::to_string(std::max(first, last)) + " of " +
+         std::to_string(count);
+}
 
 std::string FaceName() {
   std::string face = Utf16ToUtf8(settings::FieldText(settings::gSettings.fontName));
@@ -118,7 +134,19 @@ gboolean OnScroll(GtkWidget* margin, GdkEventScroll* event, gpointer) {
 }  // namespace
 
 GtkWidget* CreateLineNumberMargin(GtkWidget* editor) {
-  GtkWidget* margin = gtk_drawing_area_new();
+  // Screen readers see a panel named "Line numbers" whose one label tells which lines show.
+  DrawnPartsModel model;
+  model.role = ATK_ROLE_PANEL;
+  model.partRole = ATK_ROLE_LABEL;
+  model.count = 1;
+  model.part = [](GtkWidget* area, int) {
+    DrawnPart part;
+    part.name = VisibleLinesText(EditorOf(area));
+    part.area = {0, 0, gtk_widget_get_allocated_width(area), gtk_widget_get_allocated_height(area)};
+    return part;
+  };
+  GtkWidget* margin = NewDrawnPartsArea(std::move(model));
+  if (AtkObject* a11y = gtk_widget_get_accessible(margin)) atk_object_set_name(a11y, "Line numbers");
   gtk_widget_set_name(margin, "NebroMargin");
   gtk_widget_add_events(margin, GDK_BUTTON_PRESS_MASK | GDK_SCROLL_MASK);
   g_object_set_data(G_OBJECT(margin), kEditorKey, editor);
@@ -144,6 +172,13 @@ void UpdateMargin(GtkWidget* margin) {
   if (width != RememberedWidth(margin)) {
     RememberWidth(margin, width);
     gtk_widget_set_size_request(margin, width, -1);  // queues a new layout of the window
+  }
+  std::string lines = VisibleLinesText(EditorOf(margin));
+  auto* told = static_cast<std::string*>(g_object_get_data(G_OBJECT(margin), kToldKey));
+  if (!told || *told != lines) {
+    g_object_set_data_full(G_OBJECT(margin), kToldKey, new std::string(std::move(lines)),
+                           [](gpointer p) { delete static_cast<std::string*>(p); });
+    NotifyDrawnPartChanged(margin, 0);
   }
   gtk_widget_queue_draw(margin);
 }

@@ -58,4 +58,17 @@ TEST_F(AccessibilityTest, StatusBarPartsAreLabelsWithTheirTexts) {
   EXPECT_TRUE(r.ok) << r.err;
 }
 
+TEST_F(AccessibilityTest, TheLineNumbersSayWhichLinesShow) {
+  std::string text;
+  for (int i = 1; i <= 500; ++i) text += "line " + std::to_string(i) + "\n";
+  SetText(text);
+  const long onScreen = static_cast<long>(Send(sci::SCI_LINESONSCREEN));
+  ASSERT_GT(onScreen, 5);
+  EXPECT_TRUE(Accessible({"wait|panel|Line numbers", "wait|label|Lines 1 to " + std::to_string(onScreen) + " of 501"}).ok);
+  Send(sci::SCI_SETFIRSTVISIBLELINE, 99);
+  const AccessibilityResult r =
+      Accessible({"wait|label|Lines 100 to " + std::to_string(99 + onScreen) + " of 501"});
+  EXPECT_TRUE(r.ok) << r.err;
+}
+
 }  // namespace

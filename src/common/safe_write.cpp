@@ -1,5 +1,6 @@
 #include "common/safe_write.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/random.h>
@@ -150,6 +151,32 @@ std::string TemporaryName(const std::string& folder, const std::string& name) {
   return (folder == "/" ? "" : folder) + "/." + base + suffix;
 }
 
+// Temporary files of earlier writes of the same target that a crash or a kill left behind: no
+// writer holds their lock any more (a writer keeps one on its file for as long as it writes)
+// and they have not changed for a minute.
+void RemoveStaleTemporaries(const std::string& folder, const std::string& name) {
+  const std::string prefix = "." + name.substr(0, 200) + ".nebro-";
+  DIR* dir = opendir(folder.c_str());
+  if (!dir) return;
+  const time_t now = time(nullptr);
+  while (const dirent* entry = readdir(dir)) {
+    const std::string_view candidate = entry->d_name;
+    if (candidate.size() != prefix.size() + 16 || candidate.substr(0, prefix.size()) != prefix) continue;
+    const std::string path = (folder == "/" ? "" : folder) + "/" + std::string(candidate);
+    const int fd = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) continue;
+    struct stat st {};
+    struct flock probe = {};
+    probe.l_type = F_WRLCK;
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && now - st.st_mtime > 60 &&
+        fcntl(fd, F_OFD_GETLK, &probe) == 0 && probe.l_type == F_UNLCK) {
+      unlink(path.c_str());
+    }
+    close(fd);
+  }
+  closedir(dir);
+}
+
 void SyncFolder(const std::string& folder) {
   const int fd = OpenRetrying(folder.c_str(), O_RDONLY | O_DIRECTORY);
   if (fd < 0) return;
@@ -235,6 +262,7 @@ void SafeFileWriter::Start(const std::string& path, const SafeWriteOptions& opti
 
 bool SafeFileWriter::OpenBeside(const Content* known) {
   const std::string folder = FolderOf(result_.target);
+  RemoveStaleTemporaries(folder, NameOf(result_.target));
   std::string temp;
   for (int attempt = 0; attempt < 100; ++attempt) {
     temp = TemporaryName(folder, NameOf(result_.target));
@@ -262,6 +290,11 @@ bool SafeFileWriter::OpenBeside(const Content* known) {
   }
   temp_ = temp;
   mode_ = Mode::Beside;
+  // Held while the file is written, so a later write of the same target can tell a file still in
+  // use from one that a crash left behind.
+  struct flock busy = {};
+  busy.l_type = F_WRLCK;
+  fcntl(fd_, F_OFD_SETLK, &busy);
   if (!exists_) return true;
 
   struct stat mine {};

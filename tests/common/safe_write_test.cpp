@@ -1,6 +1,12 @@
 #include "common/safe_write.h"
 
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <filesystem>
 
 #include "../support/disk_fixtures.h"
 
@@ -167,4 +173,33 @@ TEST(SafeWrite, DevicesAndPipesAreWrittenOnlyWhenAsked) {
   EXPECT_EQ(read(pipeFds[0], got, sizeof got), 16);
   EXPECT_STREQ(got, "through the pipe");
   close(pipeFds[0]);
+}
+
+TEST(SafeWrite, TemporaryFilesThatACrashLeftBehindGoAtTheNextWrite) {
+  TempFolder folder;
+  const std::string target = folder / "notes.txt";
+  WriteBytes(target, "old");
+  auto aged = [&](const std::string& name, int secondsAgo) {
+    WriteBytes(folder / name, std::string(1000, 'x'));
+    const timespec when[2] = {{time(nullptr) - secondsAgo, 0}, {time(nullptr) - secondsAgo, 0}};
+    utimensat(AT_FDCWD, (folder / name).c_str(), when, 0);
+    return folder / name;
+  };
+  const std::string crashed = aged(".notes.txt.nebro-00000000000000aa", 3600);
+  const std::string justMade = aged(".notes.txt.nebro-00000000000000bb", 0);
+  const std::string inUse = aged(".notes.txt.nebro-00000000000000cc", 3600);
+  const std::string otherFile = aged(".other.txt.nebro-00000000000000dd", 3600);
+  // Another writer still holds its file.
+  const int writer = open(inUse.c_str(), O_RDWR);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  ASSERT_EQ(fcntl(writer, F_OFD_SETLK, &lock), 0);
+
+  ASSERT_TRUE(SafeWriteFile(target, "new").Ok());
+  EXPECT_EQ(ReadBytes(target), "new");
+  EXPECT_FALSE(std::filesystem::exists(crashed));
+  EXPECT_TRUE(std::filesystem::exists(justMade));
+  EXPECT_TRUE(std::filesystem::exists(inUse));
+  EXPECT_TRUE(std::filesystem::exists(otherFile));
+  close(writer);
 }

@@ -12,6 +12,7 @@ NEBRO_PACKAGES=(
   xvfb xauth xdotool imagemagick fonts-dejavu-core
   geany-common libmd4c-dev libmd4c-html0-dev libcmark-dev
   dbus-daemon dbus-bin at-spi2-core python3-pyatspi openbox poppler-utils x11-utils
+  desktop-file-utils appstream groff-base file
 )
 
 nebro_install_missing() {

@@ -10,6 +10,10 @@ ToolRequest ParseToolRequest(const std::vector<std::string>& args) {
     r.command = ToolCommand::Help;
     return r;
   }
+  if (first == "--version") {
+    r.command = ToolCommand::Version;
+    return r;
+  }
   if (first != "--export") return r;
   if (args.size() != 5) {
     r.command = ToolCommand::UsageError;
@@ -32,6 +36,7 @@ const char* UsageText() {
   return "Usage: nebro [FILE]\n"
          "       nebro --viewer FILE\n"
          "       nebro --export FORMAT INPUT OUTPUT\n"
+         "       nebro --version\n"
          "       nebro --help\n"
          "\n"
          "Nebro is a themed text editor. Without options it edits FILE, or the file that was\n"
@@ -46,7 +51,9 @@ const char* UsageText() {
          "                       refused, UTF-16 is converted) and coloured with the theme of\n"
          "                       the settings. It needs a display; on a machine without one,\n"
          "                       run it as: xvfb-run -a nebro --export ...\n"
-         "  --help               show this text\n"
+         "  --version            show the version of nebro and which Scintilla and Lexilla\n"
+         "                       libraries it loads (and the packages they came from)\n"
+         "  -h, --help           show this text\n"
          "\n"
          "Exit status: 0 on success, 1 when the export failed, 2 for wrong options.\n";
 }

@@ -1,4 +1,5 @@
-// The options that make the editor a command-line tool: --help, and --export for batch use.
+// The options that make the editor a command-line tool: --help, --version, and --export for
+// batch use.
 #pragma once
 
 #include <string>
@@ -6,7 +7,7 @@
 
 namespace nebro::app {
 
-enum class ToolCommand { None, Help, Export, UsageError };
+enum class ToolCommand { None, Help, Version, Export, UsageError };
 
 struct ToolRequest {
   ToolCommand command = ToolCommand::None;

@@ -10,6 +10,7 @@
 
 #include "app/command_line_export_gtk.h"
 #include "app/main_window_gtk.h"
+#include "app/version_report_gtk.h"
 #include "gtk/message_box_gtk.h"
 #include "app/startup_rules.h"
 #include "gtk/progress_gtk.h"
@@ -19,6 +20,7 @@
 #include "appearance/font_aliases_gtk.h"
 #include "document/file_load_gtk.h"
 #include "document/recovery_gtk.h"
+#include "common/install_paths.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
@@ -89,6 +91,8 @@ int RunNebro(int argc, char** argv) {
     case ToolCommand::Help:
       std::fputs(UsageText(), stdout);
       return 0;
+    case ToolCommand::Version:
+      return PrintVersionReport();
     case ToolCommand::UsageError:
       std::fprintf(stderr, "nebro: %s\n\n%s", tool.error.c_str(), UsageText());
       return 2;
@@ -102,6 +106,10 @@ int RunNebro(int argc, char** argv) {
     return 1;
   }
   const std::vector<std::string> args(argv, argv + argc);
+  // Every window takes the program's icon from the icon theme; the program's own icon folder is
+  // searched too, so the build folder and installs outside the desktop's data folders have it.
+  gtk_icon_theme_append_search_path(gtk_icon_theme_get_default(), IconFolder().c_str());
+  gtk_window_set_default_icon_name("nebro");
 
   Trace("Nebro: Started");
   Trace("Nebro: Loading settings");

@@ -2,6 +2,10 @@
 
 #ifdef NEBRO_HAVE_CANBERRA
 #include <canberra.h>
+
+#include <string>
+
+#include "common/install_paths.h"
 #endif
 
 namespace nebro::app {
@@ -21,11 +25,12 @@ void PlayTypewriterSound(TypewriterSound sound) {
     unavailable = true;
     return;
   }
-  const char* file = sound == TypewriterSound::NewLine ? NEBRO_RESOURCE_DIR "/typewriter_return.wav"
-                                                       : NEBRO_RESOURCE_DIR "/typewriter_key.wav";
+  static const std::string keyFile = ResourceFolder() + "/typewriter_key.wav";
+  static const std::string returnFile = ResourceFolder() + "/typewriter_return.wav";
+  const std::string& file = sound == TypewriterSound::NewLine ? returnFile : keyFile;
   ca_context_cancel(context, kSoundId);
-  ca_context_play(context, kSoundId, CA_PROP_MEDIA_FILENAME, file, CA_PROP_CANBERRA_CACHE_CONTROL, "volatile",
-                  nullptr);
+  ca_context_play(context, kSoundId, CA_PROP_MEDIA_FILENAME, file.c_str(), CA_PROP_CANBERRA_CACHE_CONTROL,
+                  "volatile", nullptr);
 }
 #else
 void PlayTypewriterSound(TypewriterSound) {}

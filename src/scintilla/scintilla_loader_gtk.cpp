@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 #include <climits>
+#include <cstdlib>
+
+#include "common/install_paths.h"
 
 namespace nebro::sci {
 namespace {
@@ -16,6 +19,7 @@ void* lexillaModule = nullptr;
 NewFn newEditor = nullptr;
 SendFn sendMessage = nullptr;
 CreateLexerFunction createLexer = nullptr;
+std::string scintillaPath, lexillaPath;
 
 // dlsym hands back an object pointer; one typed conversion for every entry point.
 template <typename F>
@@ -23,7 +27,8 @@ F Symbol(void* module, const char* name) {
   return reinterpret_cast<F>(dlsym(module, name));
 }
 
-void* OpenBesideOrConfigured(const char* fileName) {
+// Opens the first `fileName` found; `opened` receives its real path.
+void* OpenBesideOrConfigured(const char* fileName, std::string& opened) {
   const std::string folders[] = {ExecutableFolder(), NEBRO_SCINTILLA_DIR};
   for (const std::string& folder : folders) {
     if (folder.empty()) continue;
@@ -32,7 +37,12 @@ void* OpenBesideOrConfigured(const char* fileName) {
     // The first file found is the one used: a broken copy beside the executable is an error,
     // not a reason to take another one silently.
     void* h = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!h) g_debug("Nebro: dlopen %s: %s", path.c_str(), dlerror());
+    if (!h) {
+      g_debug("Nebro: dlopen %s: %s", path.c_str(), dlerror());
+      return nullptr;
+    }
+    char real[PATH_MAX];
+    opened = realpath(path.c_str(), real) ? std::string(real) : path;
     return h;
   }
   return nullptr;
@@ -40,17 +50,8 @@ void* OpenBesideOrConfigured(const char* fileName) {
 
 }  // namespace
 
-std::string ExecutableFolder() {
-  char buf[PATH_MAX];
-  const ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-  if (n <= 0) return {};
-  std::string path(buf, static_cast<size_t>(n));
-  const auto slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, slash);
-}
-
 LibraryLoad LoadScintilla() {
-  scintillaModule = OpenBesideOrConfigured("libscintilla.so");
+  scintillaModule = OpenBesideOrConfigured("libscintilla.so", scintillaPath);
   if (!scintillaModule) return LibraryLoad::NotFound;
   newEditor = Symbol<NewFn>(scintillaModule, "scintilla_new");
   sendMessage = Symbol<SendFn>(scintillaModule, "scintilla_send_message");
@@ -62,7 +63,7 @@ LibraryLoad LoadScintilla() {
 }
 
 LibraryLoad LoadLexilla() {
-  lexillaModule = OpenBesideOrConfigured("liblexilla.so");
+  lexillaModule = OpenBesideOrConfigured("liblexilla.so", lexillaPath);
   if (!lexillaModule) return LibraryLoad::NotFound;
   createLexer = Symbol<CreateLexerFunction>(lexillaModule, "CreateLexer");
   return createLexer ? LibraryLoad::Ok : LibraryLoad::EntryMissing;
@@ -72,6 +73,7 @@ void UnloadLexilla() {
   createLexer = nullptr;
   if (lexillaModule) dlclose(lexillaModule);
   lexillaModule = nullptr;
+  lexillaPath.clear();
 }
 
 void UnloadScintilla() {
@@ -80,11 +82,22 @@ void UnloadScintilla() {
   newEditor = nullptr;
   sendMessage = nullptr;
   scintillaModule = nullptr;
+  scintillaPath.clear();
 }
 
 bool ScintillaLoaded() { return sendMessage != nullptr; }
 
 CreateLexerFunction CreateLexerFn() { return createLexer; }
+
+std::string ScintillaPath() { return scintillaPath; }
+std::string LexillaPath() { return lexillaPath; }
+
+int LexerCount() {
+  if (!lexillaModule) return -1;
+  using CountFn = int (*)();
+  const auto count = Symbol<CountFn>(lexillaModule, "GetLexerCount");
+  return count ? count() : -1;
+}
 
 GtkWidget* NewEditor() { return newEditor ? newEditor() : nullptr; }
 

@@ -7,6 +7,7 @@
 #include <source_location>
 #include <string>
 
+#include "common/install_paths.h"
 #include "scintilla/scintilla_api.h"
 
 namespace nebro::sci {
@@ -40,7 +41,15 @@ inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void
   return Send(editor, static_cast<unsigned int>(message), wParam, reinterpret_cast<sptr_t>(p), where);
 }
 
-// The folder of the running executable (for the "beside the executable" search).
-std::string ExecutableFolder();
+// The folder searched first ("beside the executable").
+using nebro::ExecutableFolder;
+
+// The file each library was loaded from (symbolic links resolved), or empty when it is not
+// loaded.
+std::string ScintillaPath();
+std::string LexillaPath();
+
+// The number of lexers liblexilla.so offers (its GetLexerCount), or -1 when it is not loaded.
+int LexerCount();
 
 }  // namespace nebro::sci

@@ -12,6 +12,7 @@ TEST(CommandLineTool, Requests) {
   EXPECT_EQ(ParseToolRequest({"nebro", "--viewer", "x"}).command, ToolCommand::None);
   EXPECT_EQ(ParseToolRequest({"nebro", "--help"}).command, ToolCommand::Help);
   EXPECT_EQ(ParseToolRequest({"nebro", "-h"}).command, ToolCommand::Help);
+  EXPECT_EQ(ParseToolRequest({"nebro", "--version"}).command, ToolCommand::Version);
 
   const ToolRequest ok = ParseToolRequest({"nebro", "--export", "rtf", "in.cpp", "out.rtf"});
   EXPECT_EQ(ok.command, ToolCommand::Export);

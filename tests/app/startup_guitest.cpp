@@ -180,7 +180,7 @@ TEST(Startup, MissingLibrariesAreFatal) {
   EXPECT_EQ(viewer.Wait(), 0);
 }
 
-TEST(Startup, RelativePathIsStoredAbsoluteAndSavedTransparencyShows) {
+TEST(Startup, RelativePathIsStoredAbsoluteTransparencyAndIconShow) {
   Sandbox box;
   fs::create_directories(box / "work");
   box.Write("work/notes.py", "x = 1\n");
@@ -196,6 +196,11 @@ TEST(Startup, RelativePathIsStoredAbsoluteAndSavedTransparencyShows) {
                                                        std::to_string(nebro.Pid()) +
                                                        "); do xprop -id $w _NET_WM_WINDOW_OPACITY; done");
   EXPECT_NE(opacity.find("_NET_WM_WINDOW_OPACITY(CARDINAL) = "), std::string::npos) << opacity;
+  // The window list and title bar show the program's icon, found beside the build in the source tree.
+  const std::string icon = nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
+                                                    "); do xprop -id $w _NET_WM_ICON; done");
+  EXPECT_NE(icon.find("Icon (16 x 16)"), std::string::npos) << icon;
+  EXPECT_NE(icon.find("Icon (48 x 48)"), std::string::npos) << icon;
   nebro.Signal(SIGTERM);
   EXPECT_EQ(nebro.Wait(), 0);
 

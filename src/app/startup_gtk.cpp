@@ -3,6 +3,7 @@
 #include <glib-unix.h>
 #include <gtk/gtk.h>
 
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <string>
@@ -19,6 +20,7 @@
 #include "document/file_load_gtk.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "search/results_file.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "settings/temp_files.h"
@@ -90,6 +92,7 @@ int RunNebro(int argc, char** argv) {
   if (const gchar* root = g_get_user_config_dir()) settings::SetConfigRoot(root);
   settings::LoadSettings(settings::gSettings);
   settings::CleanupTempFiles();
+  search::CleanupOldResults(settings::GetSettingsFolder(), std::chrono::system_clock::now());
   appearance::gThemeChosenByUser = true;
   if (settings::gSettings.firstRun) {
     settings::gSettings.firstRun = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/utf.h"
 #include "search/regex_window_rules.h"
 
 namespace nebro::search {
@@ -87,8 +88,7 @@ void GetValue(GtkTreeModel* model, GtkTreeIter* iter, gint, GValue* value) {
   std::string_view line;
   if (segment->outputFormat == 2 && segment->document) {
     RegexListDocument& doc = *segment->document;
-    const uint64_t offset = Utf16IndexToUtf8Offset(doc.utf8, doc.offsets, static_cast<uint64_t>(match->start));
-    line = LineAround(doc.utf8, offset);
+    line = LineAround(doc.utf8, RegexListByteOffset(doc, static_cast<uint64_t>(match->start)));
   }
   const std::string text = RegexListEntryText(*match, segment->outputFormat, segment->includeLineNumbers, line);
   g_value_set_string(value, text.c_str());
@@ -134,6 +134,38 @@ void ResultsModelInterfaceInit(GtkTreeModelIface* iface) {
 }
 
 }  // namespace
+
+bool IsAscii(std::string_view utf8) {
+  unsigned char any = 0;
+  for (const char c : utf8) any |= static_cast<unsigned char>(c);
+  return any < 0x80;
+}
+
+uint64_t RegexListByteOffset(RegexListDocument& doc, uint64_t index) {
+  const std::string_view text = doc.utf8;
+  if (doc.ascii) return std::min<uint64_t>(index, text.size());
+  if (index < doc.walkUnit || index - doc.walkUnit > (1u << 16)) {
+    // Far away or behind: the checkpoints get there, and the walk goes on from there.
+    doc.walkByte = Utf16IndexToUtf8Offset(text, doc.offsets, index);
+    doc.walkUnit = index;
+    return doc.walkByte;
+  }
+  while (doc.walkUnit < index && doc.walkByte < text.size()) {
+    const auto b = static_cast<unsigned char>(text[doc.walkByte]);
+    if (b < 0x80) {
+      ++doc.walkByte;
+      ++doc.walkUnit;
+      continue;
+    }
+    size_t length = 1;
+    const char32_t c = DecodeUtf8At(text, doc.walkByte, &length);
+    const uint64_t units = c >= 0x10000 ? 2 : 1;
+    if (doc.walkUnit + units > index) break;  // inside a surrogate pair: its character
+    doc.walkByte += length;
+    doc.walkUnit += units;
+  }
+  return doc.walkByte;
+}
 
 GtkTreeModel* NewRegexResultsModel() {
   return GTK_TREE_MODEL(g_object_new(nebro_regex_results_model_get_type(), nullptr));

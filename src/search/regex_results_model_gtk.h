@@ -5,6 +5,7 @@
 
 #include <gtk/gtk.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -20,7 +21,18 @@ namespace nebro::search {
 struct RegexListDocument {
   std::string utf8;
   RegexOffsetCache offsets;
+  // Every UTF-16 index is its byte offset. Found out by the worker before it reports matches.
+  std::atomic<bool> ascii{false};
+  uint64_t walkUnit = 0;  // where the last forward walk stopped, as an index and a byte offset
+  uint64_t walkByte = 0;
 };
+
+// Whether `utf8` holds only ASCII characters.
+bool IsAscii(std::string_view utf8);
+
+// The byte offset of UTF-16 index `index` of the document. Matches are asked for in the order
+// they were found, so a walk forward from the previous answer makes a whole list cost one pass.
+uint64_t RegexListByteOffset(RegexListDocument& document, uint64_t index);
 
 // Matches that arrived together, with the output format in force when they came.
 struct RegexListSegment {

@@ -18,8 +18,9 @@ namespace nebro::search {
 
 namespace {
 
-// Nice value of the worker thread: below the window's, so typing and redraws come first.
-constexpr int kWorkerNice = 10;
+// Nice value of the worker thread: a step below the window's, so typing and redraws come first
+// without starving the search when other programs keep the processor busy.
+constexpr int kWorkerNice = 2;
 
 struct Run {
   RegexRunReports reports;  // main loop only
@@ -53,8 +54,9 @@ void Post(const std::shared_ptr<Run>& run, std::function<void(Run&)> act) {
 }
 
 void Work(std::shared_ptr<Run> run, RegexSearchRequest request, RegexSearchState* state, std::string folder,
-          const std::atomic<bool>* colorResults) {
+          const std::atomic<bool>* colorResults, std::function<void(RegexSearchRequest&)> prepare) {
   setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kWorkerNice);
+  if (prepare) prepare(request);
   RegexWorkerHooks hooks;
   hooks.resultsFolder = std::move(folder);
   hooks.colorResults = [colorResults] { return colorResults->load(); };
@@ -101,14 +103,16 @@ void Work(std::shared_ptr<Run> run, RegexSearchRequest request, RegexSearchState
 }  // namespace
 
 bool StartRegexRun(RegexSearchRequest request, RegexSearchState& state, const std::string& resultsFolder,
-                   const std::atomic<bool>& colorResults, RegexRunReports reports) {
+                   const std::atomic<bool>& colorResults, RegexRunReports reports,
+                   std::function<void(RegexSearchRequest&)> prepare) {
   StopRegexRun(state);
   auto run = std::make_shared<Run>();
   run->reports = std::move(reports);
   state.cancelRequested = false;
   state.searchRunning = true;
   try {
-    run->thread = std::thread(Work, run, std::move(request), &state, resultsFolder, &colorResults);
+    run->thread = std::thread(Work, run, std::move(request), &state, resultsFolder, &colorResults,
+                              std::move(prepare));
   } catch (const std::system_error&) {
     state.searchRunning = false;
     return false;

@@ -21,10 +21,12 @@ struct RegexRunReports {
   std::function<void(RegexCompletion completion)> done;
 };
 
-// Starts a run over the text in `request` (already copied out of the editor). `colorResults` is
-// read by the worker while it runs. False when the thread cannot be started.
+// Starts a run of `request`. `prepare`, when given, runs first on the worker: it fills in what
+// the window copied out of the editor beforehand. `colorResults` is read by the worker while it
+// runs. False when the thread cannot be started.
 bool StartRegexRun(RegexSearchRequest request, RegexSearchState& state, const std::string& resultsFolder,
-                   const std::atomic<bool>& colorResults, RegexRunReports reports);
+                   const std::atomic<bool>& colorResults, RegexRunReports reports,
+                   std::function<void(RegexSearchRequest&)> prepare = {});
 
 // Whether a run's thread exists.
 bool RegexRunActive();

@@ -66,12 +66,11 @@ void Log(const std::u16string& pattern, const std::string& entry) {
   WriteLogEntry(state.log, entry);
 }
 
-// Keeps the typed texts in the histories (most recent first) and saves them.
+// Keeps the typed texts in the histories, most recent first.
 void Remember(RegexWindow& w, const std::u16string& pattern, const std::u16string* replacement) {
   PushRegexHistory(w.settings->regexPatternHistory, pattern);
   if (replacement) PushRegexHistory(w.settings->regexReplaceHistory, *replacement);
-  FillRegexHistories(w);
-  settings::SaveSettings(*w.settings);
+  FillRegexHistories(w);  // saved with the options when the window closes
 }
 
 // The pattern, or the empty-pattern message and nothing.
@@ -109,8 +108,8 @@ void HighlightRegexRows(RegexWindow& w, uint64_t upTo) {
     const RegexMatch* m = RegexResultsMatch(w.model, w.highlighted, &segment);
     if (!m || !segment->document) continue;
     RegexListDocument& doc = *segment->document;
-    const uint64_t start = Utf16IndexToUtf8Offset(doc.utf8, doc.offsets, static_cast<uint64_t>(m->start));
-    const uint64_t end = Utf16IndexToUtf8Offset(doc.utf8, doc.offsets, static_cast<uint64_t>(m->end));
+    const uint64_t start = RegexListByteOffset(doc, static_cast<uint64_t>(m->start));
+    const uint64_t end = RegexListByteOffset(doc, static_cast<uint64_t>(m->end));
     Highlight(w.editor, start, end);
   }
 }
@@ -120,8 +119,8 @@ void SelectRegexListRow(RegexWindow& w, uint64_t row) {
   const RegexMatch* m = RegexResultsMatch(w.model, row, &segment);
   if (!m || !segment->document || !w.editor) return;
   RegexListDocument& doc = *segment->document;
-  const uint64_t start = Utf16IndexToUtf8Offset(doc.utf8, doc.offsets, static_cast<uint64_t>(m->start));
-  const uint64_t end = Utf16IndexToUtf8Offset(doc.utf8, doc.offsets, static_cast<uint64_t>(m->end));
+  const uint64_t start = RegexListByteOffset(doc, static_cast<uint64_t>(m->start));
+  const uint64_t end = RegexListByteOffset(doc, static_cast<uint64_t>(m->end));
   const auto length = static_cast<uint64_t>(Send(w.editor, sci::SCI_GETLENGTH));
   Send(w.editor, sci::SCI_SETSEL, std::min(start, length), static_cast<sci::sptr_t>(std::min(end, length)));
   Send(w.editor, sci::SCI_SCROLLCARET);
@@ -264,10 +263,9 @@ void OnRegexFindAll(RegexWindow& w) {
   request.includeLineNumbers = s.regexIncludeLineNumbers;
   request.outputFormat = static_cast<int32_t>(s.regexOutputFormat);
   request.findMore = findMore;
-  auto document = std::make_shared<RegexListDocument>();
-  document->utf8 = EditorText(w.editor);
-  request.documentUtf8 = document->utf8;
-  w.runDocument = document;
+  // The one copy made here; the worker makes its own from it, so the window answers at once.
+  w.runDocument = std::make_shared<RegexListDocument>();
+  w.runDocument->utf8 = EditorText(w.editor);
 
   RegexRunReports reports;
   reports.status = [](const std::string& text, double fraction) {
@@ -315,7 +313,11 @@ void OnRegexFindAll(RegexWindow& w) {
         break;  // the run's last status already says so
     }
   };
-  if (!StartRegexRun(std::move(request), state, settings::GetSettingsFolder(), gRegexColorResults, reports)) {
+  auto prepare = [document = w.runDocument](RegexSearchRequest& r) {
+    r.documentUtf8 = document->utf8;
+    document->ascii = IsAscii(document->utf8);
+  };
+  if (!StartRegexRun(std::move(request), state, settings::GetSettingsFolder(), gRegexColorResults, reports, prepare)) {
     SetRegexStatus(w, kRegexThreadFailedText);
     for (GtkWidget* b : {w.findNext, w.findPrev, w.replaceAll}) gtk_widget_set_sensitive(b, TRUE);
     gtk_widget_set_sensitive(w.cancel, FALSE);

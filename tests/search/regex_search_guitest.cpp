@@ -45,12 +45,18 @@ class RegexSearchTest : public MainWindowTest {
     g_free(text);
     return out;
   }
-  // The session's results files in the data folder.
-  static std::vector<std::string> ResultsFiles() {
+  // The results files in the data folder, the one whose text begins with `start` first (their
+  // names do not sort by time: the milliseconds are not padded).
+  static std::vector<std::string> ResultsFiles(const std::string& start) {
     std::vector<std::string> out;
     for (const auto& e : fs::directory_iterator(settings::GetSettingsFolder())) {
       const std::string name = e.path().filename().string();
-      if (name.rfind("regex_", 0) == 0) out.push_back(e.path().string());
+      if (name.rfind("regex_", 0) != 0) continue;
+      if (ReadFile(e.path().string()).rfind(start, 0) == 0) {
+        out.insert(out.begin(), e.path().string());
+      } else {
+        out.push_back(e.path().string());
+      }
     }
     return out;
   }
@@ -115,10 +121,12 @@ TEST_F(RegexSearchTest, FindReplaceReplaceAllUndoAndTheSessionLog) {
   EXPECT_TRUE(WaitUntil([] { return Rows() == 3000; })) << Rows();
 
   // The log of this session, in the data folder; the histories keep the patterns, newest first.
-  const std::vector<std::string> files = ResultsFiles();
+  const std::vector<std::string> files =
+      ResultsFiles("Regex Session Log\nPattern: b(e)ta\n========================================\n\n[FIND] ");
   ASSERT_EQ(files.size(), 2u);  // the dialog's session log, then the Find All file
-  std::string log = ReadFile(std::min(files[0], files[1]));
+  std::string log = ReadFile(files[0]);
   EXPECT_EQ(log.rfind("Regex Session Log\nPattern: b(e)ta\n========================================\n\n[FIND] ", 0), 0u) << log;
+  EXPECT_EQ(ReadFile(files[1]).rfind("Regex Session Log\nPattern:    x*\n", 0), 0u);
   for (const char* entry : {" \xE2\x80\x94 Ln 1, Col 6\n  beta\n\n[FIND] ", " \xE2\x80\x94 Ln 2, Col 17\n  beta\n\n[FIND PREV] ",
                             " \xE2\x80\x94 Replaced 1 match\n  Before: beta\n  After:  <ebeta>\n\n",
                             " \xE2\x80\x94 Replaced 3 match(es)\n  Pattern: b(e)ta  ->  [$0]\n\n",
@@ -131,7 +139,7 @@ TEST_F(RegexSearchTest, FindReplaceReplaceAllUndoAndTheSessionLog) {
   EXPECT_EQ(settings::FieldText(settings::gSettings.regexReplaceHistory[0]), u"omega");
   EXPECT_TRUE(settings::gSettings.regexMatchCase);
 
-  // Escape closes the window; the options stay for the next run of the program.
+  // Close ends the window; its options and histories stay for the next run of the program.
   Steps({"click|push button|Close", "gone|frame|Regex Search - Nebro"});
   settings::AppSettings saved;
   ASSERT_TRUE(settings::LoadSettings(saved));
@@ -173,9 +181,8 @@ TEST_F(RegexSearchTest, FindAllFillsTheListFindMoreContinuesAndOpenResults) {
   EXPECT_EQ(settings::gSettings.regexMaxMatches, 5u);
 
   // The results file of the first session: header, one line per match, footer.
-  std::vector<std::string> files = ResultsFiles();
+  const std::vector<std::string> files = ResultsFiles("Regex Session Log\nPattern:    word\n");
   ASSERT_EQ(files.size(), 2u);
-  std::sort(files.begin(), files.end());
   const std::string results = ReadFile(files[0]);
   EXPECT_EQ(results.rfind("Regex Session Log\nPattern:    word\nMatch case: No  |  Whole word: No  |  Started: ", 0), 0u);
   EXPECT_NE(results.find("\n========================================\n\n[1] Ln 1  Pos 7-11: word\n[1] Ln 2  Pos 19-23: word\n"),

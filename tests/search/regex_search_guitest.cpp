@@ -30,6 +30,24 @@ namespace {
 
 class RegexSearchTest : public MainWindowTest {
  protected:
+  // Alt with a key, delivered through the toolkit as the window manager would hand it over.
+  static void PressAlt(GtkWidget* window, guint keyval) {
+    GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
+    event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
+    event->key.keyval = keyval;
+    event->key.state = GDK_MOD1_MASK;
+    event->key.send_event = TRUE;
+    GdkKeymapKey* keys = nullptr;
+    gint count = 0;
+    if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_display_get_default()), keyval, &keys,
+                                          &count) && count > 0) {
+      event->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
+    }
+    g_free(keys);
+    gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+  }
   static GtkWidget* Control(int id) {
     GtkWidget* window = FindWindow(search::kRegexWindowName);
     return window ? FindChildByName(window, std::to_string(id).c_str()) : nullptr;
@@ -86,6 +104,19 @@ TEST_F(RegexSearchTest, FindReplaceReplaceAllUndoAndTheSessionLog) {
   for (GList* l = top; l; l = l->next) windows += std::string(gtk_widget_get_name(GTK_WIDGET(l->data))) == search::kRegexWindowName;
   g_list_free(top);
   EXPECT_EQ(windows, 1);
+
+  // The pattern field has the keyboard; Alt and a label's underlined letter reach its control.
+  AccessibilityResult focus = Accessible({"focus"});
+  EXPECT_EQ(focus.out, "text|Pattern:\n") << focus.err;
+  // (A button activated from the keyboard shows itself pressed for a moment before it acts.)
+  auto wholeWord = [] { return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(Control(search::kRegexWholeWordCheck))); };
+  PressAlt(FindWindow(search::kRegexWindowName), GDK_KEY_w);
+  EXPECT_TRUE(WaitUntil(wholeWord));
+  PressAlt(FindWindow(search::kRegexWindowName), GDK_KEY_w);
+  EXPECT_TRUE(WaitUntil([&] { return !wholeWord(); }));
+  PressAlt(FindWindow(search::kRegexWindowName), GDK_KEY_e);
+  focus = Accessible({"focus"});
+  EXPECT_EQ(focus.out, "text|Replace:\n") << focus.err;
 
   Steps({"click|push button|Find / Next", "wait|label|Please enter a pattern.",
          "set|text|Pattern:|b(e)ta", "click|push button|Find / Next", "wait|label|Found: \"beta\" at position 6"});

@@ -10,6 +10,7 @@
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "search/regex_window_gtk.h"
 #include "settings/font_dialog_gtk.h"
 #include "settings/settings.h"
 #include "settings/settings_dialog_gtk.h"
@@ -54,7 +55,9 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, EditorMessage(kCmdSelectAll, "Select All", "Ctrl+A", SCI_SELECTALL));
   AddCommand(t, NotBuilt(kCmdFindReplace, "Find & Replace", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H"));
   // The menu names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
-  AddCommand(t, NotBuilt(kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H"));
+  AddCommand(t, {kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H", [] {
+                   search::ShowRegexDialog(GTK_WINDOW(gMain.window), gMain.editor, settings::gSettings);
+                 }, {}});
   AddCommand(t, {kCmdFont, "Font", {"Ctrl+Shift+F"}, "", [] {
                    settings::ShowFontDialog(GTK_WINDOW(gMain.window), gMain.editor, gMain.margin);
                  }, {}});

@@ -3,6 +3,7 @@
 #include <glib-unix.h>
 #include <gtk/gtk.h>
 
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <string>
@@ -23,6 +24,7 @@
 #include "common/install_paths.h"
 #include "common/utf.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "search/results_file.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
 #include "settings/temp_files.h"
@@ -116,6 +118,7 @@ int RunNebro(int argc, char** argv) {
   if (const gchar* root = g_get_user_config_dir()) settings::SetConfigRoot(root);
   settings::LoadSettings(settings::gSettings);
   settings::CleanupTempFiles();
+  search::CleanupOldResults(settings::GetSettingsFolder(), std::chrono::system_clock::now());
   appearance::gThemeChosenByUser = true;
   if (settings::gSettings.firstRun) {
     settings::gSettings.firstRun = false;

@@ -44,9 +44,16 @@ def showing(obj):
         return False
 
 
+# A list with more rows than this is not walked row by row: asking for each of a hundred thousand
+# cells over the bus would take minutes. The list itself is still found by role and name.
+BIG_TABLE = 500
+
+
 def walk(obj, depth=0):
     yield obj, depth
     try:
+        if obj.getRoleName() in ("table", "tree table") and obj.childCount > BIG_TABLE:
+            return
         children = list(obj)
     except Exception:
         return

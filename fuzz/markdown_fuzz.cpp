@@ -41,8 +41,8 @@ std::string BodyOf(const std::string& page) {
   return page.substr(from, page.size() - kTail.size() - from);
 }
 
-nebro::MarkdownPageOptions OptionsFrom(const uint8_t*& data, size_t& size) {
-  nebro::MarkdownPageOptions options;
+nebro::markdown::MarkdownPageOptions OptionsFrom(const uint8_t*& data, size_t& size) {
+  nebro::markdown::MarkdownPageOptions options;
   if (size < 7) return options;
   std::memcpy(&options.theme, data, 4);
   static const char* const kFonts[] = {"Consolas",
@@ -66,12 +66,12 @@ nebro::MarkdownPageOptions OptionsFrom(const uint8_t*& data, size_t& size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const nebro::MarkdownPageOptions options = OptionsFrom(data, size);
+  const nebro::markdown::MarkdownPageOptions options = OptionsFrom(data, size);
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   const bool compareWithModel = size <= 64 * 1024;
 
   std::string page;
-  const bool rendered = nebro::RenderMarkdownPage(text, options, page);
+  const bool rendered = nebro::markdown::RenderMarkdownPage(text, options, page);
   Check(rendered == !text.empty(), "result does not follow emptiness");
   if (rendered) {
     Check(IsUtf8(page), "page is not UTF-8");
@@ -85,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::u16string wide(size / 2, u'\0');
   if (!wide.empty()) std::memcpy(wide.data(), data, wide.size() * 2);
   std::string widePage;
-  Check(nebro::RenderMarkdownPage(wide, options, widePage) == !wide.empty(), "UTF-16 result");
+  Check(nebro::markdown::RenderMarkdownPage(wide, options, widePage) == !wide.empty(), "UTF-16 result");
   if (!wide.empty()) {
     Check(IsUtf8(widePage), "UTF-16 page is not UTF-8");
     if (compareWithModel) {
@@ -96,9 +96,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Inline rendering and escaping of the whole text as one block.
   if (compareWithModel) {
     const std::u16string asUtf16 = nebro::Utf8ToUtf16(text);
-    Check(nebro::RenderInlineMarkdown(text) == markdown_model::Inline(asUtf16), "inline differs");
-    Check(nebro::EscapeHtmlUtf8(text) == markdown_model::Escape(asUtf16), "escape differs");
-    Check(nebro::RenderInlineMarkdown(std::u16string_view(wide)) == markdown_model::Inline(wide),
+    Check(nebro::markdown::RenderInlineMarkdown(text) == markdown_model::Inline(asUtf16), "inline differs");
+    Check(nebro::markdown::EscapeHtmlUtf8(text) == markdown_model::Escape(asUtf16), "escape differs");
+    Check(nebro::markdown::RenderInlineMarkdown(std::u16string_view(wide)) == markdown_model::Inline(wide),
           "UTF-16 inline differs");
   }
 
@@ -106,7 +106,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!text.empty()) {
     std::string kept = "kept";
     auto stop = [](uint32_t, uint32_t) { return false; };
-    Check(!nebro::RenderMarkdownPage(text, options, kept, stop) && kept == "kept", "stop");
+    Check(!nebro::markdown::RenderMarkdownPage(text, options, kept, stop) && kept == "kept", "stop");
   }
   return 0;
 }

@@ -13,6 +13,7 @@ NEBRO_PACKAGES=(
   geany-common libmd4c-dev libmd4c-html0-dev libcmark-dev
   dbus-daemon dbus-bin at-spi2-core python3-pyatspi openbox poppler-utils x11-utils
   desktop-file-utils appstream groff-base file
+  clang libclang-rt-14-dev
 )
 
 nebro_install_missing() {

@@ -44,7 +44,15 @@ std::string FontNameForRtf(const std::string& name) {
   size_t cut = std::min<size_t>(name.size(), 127);
   while (cut > 0 && cut < name.size() && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)
     --cut;
-  return name.substr(0, cut);
+  // Braces and backslashes are escaped and the name's own end mark and control characters left
+  // out, so no face name can break the document's groups.
+  std::string out;
+  for (const char c : name.substr(0, cut)) {
+    if (c == '\\' || c == '{' || c == '}') out += '\\';
+    if (c == ';' || static_cast<unsigned char>(c) < 0x20) continue;
+    out += c;
+  }
+  return out;
 }
 
 // Writes one byte that is not plain ASCII text, with the bytes of its UTF-8 sequence that

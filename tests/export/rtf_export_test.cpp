@@ -103,6 +103,9 @@ TEST(RtfExport, FontNameAndSize) {
   EXPECT_NE(rtf.find("{\\fonttbl{\\f0\\fmodern\\fcharset0 " + std::string(126, 'a') + ";}}\r\n"),
             std::string::npos);
   EXPECT_NE(rtf.find("\\pard\\sl0\\slmult0\\f0\\fs26 {\\cf1 x}"), std::string::npos);
+  // A face name cannot break the document's groups (found by the export fuzz target).
+  in.fontName = "A{b}\\c;d\n";
+  EXPECT_NE(Rtf(in).find("\\fcharset0 A\\{b\\}\\\\cd;}}"), std::string::npos) << Rtf(in).substr(0, 200);
 }
 
 TEST(RtfExport, ProgressCancelAndFile) {

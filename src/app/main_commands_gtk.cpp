@@ -1,6 +1,7 @@
 #include "app/main_commands_gtk.h"
 
 #include "app/main_window_gtk.h"
+#include "appearance/lexer_setup_gtk.h"
 #include "appearance/line_numbers_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
@@ -29,8 +30,7 @@ void ToggleLineNumbers() {
 
 void ToggleWordWrap() {
   settings::gSettings.wordWrap = !settings::gSettings.wordWrap;
-  Send(gMain.editor, SCI_SETWRAPMODE, settings::gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-  Send(gMain.editor, SCI_SETHSCROLLBAR, !settings::gSettings.wordWrap);
+  appearance::ApplyWordWrap(gMain.editor);
   appearance::UpdateMargin(gMain.margin);
 }
 

@@ -241,8 +241,7 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   if (gViewerMode) {
     appearance::ApplyReadingLook(editor);
   } else {
-    Send(editor, SCI_SETWRAPMODE, settings::gSettings.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-    Send(editor, SCI_SETHSCROLLBAR, !settings::gSettings.wordWrap);
+    appearance::ApplyWordWrap(editor);
     // New documents end their lines as every Linux program does; loaded files keep their own.
     Send(editor, SCI_SETEOLMODE, SC_EOL_LF);
     appearance::ApplyThemeToEditor(editor);

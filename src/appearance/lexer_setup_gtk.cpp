@@ -108,7 +108,12 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
   gLanguage = id;
   const ThemeColors& t = GetThemeColors();
   const CreateLexerFunction create = CreateLexerFn();
-  gPlainReason = id == kLangPlainText ? PlainReason::None : PlainReasonFor(EditorText(editor));
+  const size_t length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
+  // Past the size limit every document, plain text too, is shown without colours and unwrapped:
+  // wrapping millions of lines in one go (Ctrl+End) stops the window for minutes.
+  if (length > kLargeDocumentLimit) gPlainReason = PlainReason::LargeDocument;
+  else gPlainReason = id == kLangPlainText ? PlainReason::None : PlainReasonFor(EditorText(editor));
+  ApplyWordWrap(editor);
   bool plain = id == kLangPlainText || !create || gPlainReason != PlainReason::None;
   if (!plain) {
     if (ILexer* lexer = create(LexerName(id))) {
@@ -125,6 +130,12 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
   }
   if (plain) ApplyPlainStyling(editor, t);
   SetLineNumberColours(editor, t);
+}
+
+void ApplyWordWrap(GtkWidget* editor) {
+  const bool wrap = settings::gSettings.wordWrap && gPlainReason != PlainReason::LargeDocument;
+  Send(editor, SCI_SETWRAPMODE, wrap ? SC_WRAP_WORD : SC_WRAP_NONE);
+  Send(editor, SCI_SETHSCROLLBAR, !wrap);
 }
 
 bool GuardLongLines(GtkWidget* editor, sptr_t position) {

@@ -17,6 +17,9 @@ void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t);
 void ApplyLanguageStyles(GtkWidget* editor);
 // Chooses the language from the path and installs its lexer, keywords and styles.
 void SetupLexer(GtkWidget* editor, const std::string& path);
+// Word wrap as the settings say, except for a document past the size limit, which stays unwrapped;
+// the horizontal scroll bar shows exactly when lines are not wrapped.
+void ApplyWordWrap(GtkWidget* editor);
 // After text went in at `position`: a line grown past the long-line limit (or a document past
 // the size limit) turns the language's colours off before they are worked out. True when it did.
 bool GuardLongLines(GtkWidget* editor, sci::sptr_t position);

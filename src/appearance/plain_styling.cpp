@@ -27,7 +27,7 @@ PlainReason PlainReasonFor(std::string_view text) {
 const char* PlainReasonNotice(PlainReason reason) {
   switch (reason) {
     case PlainReason::LongLine: return "   No colours: a line is longer than 20,000 characters";
-    case PlainReason::LargeDocument: return "   No colours: the file is larger than 256 MB";
+    case PlainReason::LargeDocument: return "   No colours or wrapping: the file is larger than 256 MB";
     case PlainReason::None: break;
   }
   return "";

@@ -1,7 +1,8 @@
 // When a document is shown without its language's colours although it has a language: lexers
 // take time that grows faster than the line (the Markdown lexer spends minutes on one line of
 // 100,000 underscores), so a document with a very long line, or a very large one, is shown in
-// the plain text colours, and the status bar says why.
+// the plain text colours, and the status bar says why. A very large document is not wrapped
+// either, and keeps no styles at all.
 #pragma once
 
 #include <cstddef>

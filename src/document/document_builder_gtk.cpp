@@ -1,5 +1,7 @@
 #include "document/document_builder_gtk.h"
 
+#include "appearance/plain_styling.h"
+
 #include <algorithm>
 
 #include "scintilla/scintilla_loader_gtk.h"
@@ -27,7 +29,9 @@ bool DocumentBuilder::Begin(size_t length) {
   length_ = length;
   int options = SC_DOCUMENTOPTION_DEFAULT;
   if (static_cast<long long>(length) >= kLargeDocument) options |= SC_DOCUMENTOPTION_TEXT_LARGE;
-  if (stylesNone_) options |= SC_DOCUMENTOPTION_STYLES_NONE;  // the viewer draws one style only
+  // The viewer draws one style only; a document past the size where colours stop gets none
+  // either, which keeps its memory near its size.
+  if (stylesNone_ || length > appearance::kLargeDocumentLimit) options |= SC_DOCUMENTOPTION_STYLES_NONE;
   loader_ = reinterpret_cast<ILoader*>(Send(editor_, SCI_CREATELOADER, length, options));
   return loader_ != nullptr;
 }

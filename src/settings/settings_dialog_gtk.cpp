@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "appearance/lexer_setup_gtk.h"
 #include "appearance/line_numbers_gtk.h"
 #include "appearance/theme_gtk.h"
 #include "appearance/title_bar_gtk.h"
@@ -118,10 +119,7 @@ void Apply(Dialog* d, int transparency) {
   s.soundOnNewLine = Checked(d->soundNewLine);
 
   GtkWidget* editor = d->target.editor;
-  if (editor) {
-    Send(editor, SCI_SETWRAPMODE, s.wordWrap ? SC_WRAP_WORD : SC_WRAP_NONE);
-    Send(editor, SCI_SETHSCROLLBAR, !s.wordWrap);
-  }
+  if (editor) appearance::ApplyWordWrap(editor);
   if (GtkWidget* margin = d->target.margin) {
     gtk_widget_set_visible(margin, s.lineNumbers);
     appearance::UpdateMargin(margin);

@@ -156,3 +156,18 @@ TEST_F(StatusBarTest, AVeryLongLineTurnsTheColoursOffAndSaysSo) {
   EXPECT_TRUE(WaitUntil([&] { return Send(SCI_GETLEXER) == kLexerNull; }, 5));
   EXPECT_NE(StatusBarTexts(gMain.statusBar)[0].find("No colours: a line is longer"), std::string::npos);
 }
+
+TEST_F(StatusBarTest, AFilePastTheSizeLimitIsNeitherColouredNorWrapped) {
+  ASSERT_TRUE(settings::gSettings.wordWrap);
+  std::string huge;
+  huge.reserve(kLargeDocumentLimit + 100);
+  while (huge.size() <= kLargeDocumentLimit) huge += std::string(99, 'x') + "\n";
+  ASSERT_TRUE(LoadDocument(WriteFile("huge.cpp", huge)));
+  huge = std::string();
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_NONE);
+  ExpectShows(0, "  Ln 1, Col 1   No colours or wrapping: the file is larger than 256 MB");
+  // The next document is wrapped again, as the settings say.
+  ASSERT_TRUE(RunCommand(gMain.commands, kCmdNew));
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_WORD);
+  ExpectShows(0, "  Ln 1, Col 1");
+}

@@ -79,11 +79,16 @@ std::string_view DocumentText(GtkWidget* editor) {
   return text && length > 0 ? std::string_view(text, static_cast<size_t>(length)) : std::string_view();
 }
 
+// Only what differs is set: the editor lays out (and re-wraps) every line of the document again
+// after any change of an indicator's look, which takes seconds on a large document.
 void StyleIndicator(GtkWidget* editor, const FindIndicatorStyle& style) {
-  Send(editor, SCI_INDICSETSTYLE, style.indicator, INDIC_ROUNDBOX);
-  Send(editor, SCI_INDICSETFORE, style.indicator, style.colour);
-  Send(editor, SCI_INDICSETALPHA, style.indicator, style.alpha);
-  Send(editor, SCI_INDICSETUNDER, style.indicator, 1);
+  const auto set = [&](long get, long put, sptr_t value) {
+    if (Send(editor, get, style.indicator) != value) Send(editor, put, style.indicator, value);
+  };
+  set(SCI_INDICGETSTYLE, SCI_INDICSETSTYLE, INDIC_ROUNDBOX);
+  set(SCI_INDICGETFORE, SCI_INDICSETFORE, style.colour);
+  set(SCI_INDICGETALPHA, SCI_INDICSETALPHA, style.alpha);
+  set(SCI_INDICGETUNDER, SCI_INDICSETUNDER, 1);
 }
 
 void ClearIndicator(GtkWidget* editor, int indicator) {
@@ -155,12 +160,21 @@ bool Checked(FindWindow* w, int id) {
   return false;
 }
 
+// Lists the history's entries, empty ones skipped. The rows are rewritten in place rather than
+// made anew, so the list's items (and what screen readers hold of them) live on.
 void FillCombo(GtkWidget* combo, const char16_t (&history)[10][256]) {
-  gtk_combo_box_text_remove_all(GTK_COMBO_BOX_TEXT(combo));
+  GtkTreeModel* model = gtk_combo_box_get_model(GTK_COMBO_BOX(combo));
+  GtkListStore* store = GTK_LIST_STORE(model);
+  GtkTreeIter row;
+  gboolean have = gtk_tree_model_get_iter_first(model, &row);
   for (const auto& entry : history) {
     const std::u16string text = settings::FieldText(entry);
-    if (!text.empty()) gtk_combo_box_text_append_text(GTK_COMBO_BOX_TEXT(combo), Utf16ToUtf8(text).c_str());
+    if (text.empty()) continue;
+    if (!have) gtk_list_store_append(store, &row);
+    gtk_list_store_set(store, &row, 0, Utf16ToUtf8(text).c_str(), -1);
+    have = have && gtk_tree_model_iter_next(model, &row);
   }
+  while (have) have = gtk_list_store_remove(store, &row);
 }
 
 // The text goes to the top of its history, the settings file is written, and the list is shown

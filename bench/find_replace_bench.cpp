@@ -190,5 +190,6 @@ int main(int argc, char** argv) {
   const Timing plainReplace = Click("513");
   std::printf("without Color results: Highlight All %s, Replace All %s\n", Text(plainHighlight).c_str(),
               Text(plainReplace).c_str());
+  std::fflush(stdout);
   _exit(0);
 }

@@ -207,7 +207,12 @@ TEST_F(FindReplaceTest, HighlightAllMarksEveryMatchAndClosingClearsTheSearchMark
   EXPECT_EQ(Selection(), std::make_pair(0L, 3L));
   Steps({"set|text|Find what|none", "click|push button|Highlight All"});
   EXPECT_EQ(Status(), "No matches found.\n");
-  Steps({"set|text|Find what|two", "click|push button|Highlight All"});
+  // Replace All in a loaded file is undone in one step like any other edit.
+  Steps({"set|text|Find what|two", "click|push button|Replace All"});
+  EXPECT_EQ(Text(), "2 and 2");
+  Send(sci::SCI_UNDO);
+  EXPECT_EQ(Text(), "two and two");
+  Steps({"click|push button|Highlight All"});
   Steps({"click|push button|Replace"});  // replaces the last match: indicator 9
   EXPECT_EQ(Text(), "two and 2");
   Steps({"click|push button|Find Next"});

@@ -4,6 +4,8 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 
+#include "appearance/theme_gtk.h"
+#include "appearance/themes.h"
 #include "common/command_ids.h"
 #include "common/utf.h"
 #include "gtk/widget_style_gtk.h"
@@ -40,6 +42,11 @@ class FindReplaceTest : public MainWindowTest {
       pos = end;
     }
     return ranges;
+  }
+  static Colour TextColour(GtkWidget* widget) {
+    GdkRGBA c;
+    gtk_style_context_get_color(gtk_widget_get_style_context(widget), GTK_STATE_FLAG_NORMAL, &c);
+    return Rgb(c.red * 255 + 0.5, c.green * 255 + 0.5, c.blue * 255 + 0.5);
   }
   static GtkWidget* Control(int id) {
     return FindChildByName(search::FindReplaceWindow(), std::to_string(id).c_str());
@@ -181,10 +188,12 @@ TEST_F(FindReplaceTest, HighlightAllMarksEveryMatchAndClosingClearsTheSearchMark
   EXPECT_EQ(Send(sci::SCI_INDICGETSTYLE, 8), sci::INDIC_ROUNDBOX);
   EXPECT_EQ(Selection(), std::make_pair(23L, 26L));  // the last match
   EXPECT_EQ(Status(), "3 matches found.\n");
-  // A result count is green.
-  GdkRGBA colour;
-  gtk_style_context_get_color(gtk_widget_get_style_context(Control(516)), GTK_STATE_FLAG_NORMAL, &colour);
-  EXPECT_EQ(Rgb(colour.red * 255 + 0.5, colour.green * 255 + 0.5, colour.blue * 255 + 0.5), Rgb(0x28, 0xA0, 0x50));
+  // A result count is green; the labels take the theme's text colour, also after a theme change.
+  EXPECT_EQ(TextColour(Control(516)), Rgb(0x28, 0xA0, 0x50));
+  EXPECT_EQ(TextColour(Control(518)), appearance::ThemeColorsFor(0).dialogText);
+  appearance::SetTheme(5, true);
+  EXPECT_EQ(TextColour(Control(518)), appearance::ThemeColorsFor(5).dialogText);
+  EXPECT_EQ(TextColour(Control(516)), Rgb(0x28, 0xA0, 0x50));
 
   // Find Next wraps to the first; Replace replaces the selected match and goes on to the next.
   Steps({"click|push button|Find Next"});

@@ -11,6 +11,7 @@
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
+#include "search/find_replace_window_gtk.h"
 #include "search/regex_window_gtk.h"
 #include "settings/font_dialog_gtk.h"
 #include "settings/settings.h"
@@ -53,7 +54,9 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, EditorMessage(kCmdCopy, "Copy", "Ctrl+C", SCI_COPY));
   AddCommand(t, EditorMessage(kCmdPaste, "Paste", "Ctrl+V", SCI_PASTE));
   AddCommand(t, EditorMessage(kCmdSelectAll, "Select All", "Ctrl+A", SCI_SELECTALL));
-  AddCommand(t, NotBuilt(kCmdFindReplace, "Find & Replace", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H"));
+  AddCommand(t, {kCmdFindReplace, "Find & Replace", {"Ctrl+F", "Ctrl+H"}, "Ctrl+H", [] {
+                   search::ShowFindReplace(GTK_WINDOW(gMain.window), gMain.editor, settings::gSettings);
+                 }, {}});
   // The menu names Ctrl+Shift+H although the key is Ctrl+Alt+H; the label is kept as it is.
   AddCommand(t, {kCmdRegexSearch, "Regex Search", {"Ctrl+Alt+H"}, "Ctrl+Shift+H", [] {
                    search::ShowRegexDialog(GTK_WINDOW(gMain.window), gMain.editor, settings::gSettings);

@@ -55,6 +55,8 @@ bool DocumentBuilder::Finish() {
   SendPtr(editor_, SCI_RELEASEDOCUMENT, 0, document);
   if (length_ < kAccessibleLimit) Send(editor_, SCI_SETACCESSIBILITY, SC_ACCESSIBILITY_ENABLED);
   Send(editor_, SCI_SETCODEPAGE, SC_CP_UTF8);
+  // A loader's document comes without undo collection; edits of a loaded file are undoable too.
+  Send(editor_, SCI_SETUNDOCOLLECTION, 1);
   Send(editor_, SCI_EMPTYUNDOBUFFER);
   Send(editor_, SCI_SETSAVEPOINT);
   Send(editor_, SCI_GOTOPOS, 0);

@@ -366,7 +366,6 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   // command.
   EXPECT_EQ(Text(), "");
   EXPECT_FALSE(DispatchCommand(kCmdExport));
-  EXPECT_FALSE(DispatchCommand(kCmdFindReplace));
   EXPECT_FALSE(DispatchCommand(12345));
 }
 

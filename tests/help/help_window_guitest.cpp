@@ -21,24 +21,6 @@ using namespace nebro::testing;
 
 namespace {
 
-// A key press carrying the X server's time, as a real one does: the window manager only lets a
-// window come to the front for a request with a real time.
-void PressWithServerTime(GtkWidget* window, guint keyval) {
-  GdkEvent* e = gdk_event_new(GDK_KEY_PRESS);
-  e->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
-  e->key.send_event = TRUE;
-  e->key.time = gdk_x11_get_server_time(gtk_widget_get_window(window));
-  e->key.keyval = keyval;
-  GdkKeymapKey* keys = nullptr;  // accelerators are looked up by the key's code
-  gint count = 0;
-  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gtk_widget_get_display(window)), keyval, &keys,
-                                        &count) && count > 0) {
-    e->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
-  }
-  g_free(keys);
-  gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(window))));
-  Deliver(e);
-}
 
 class HelpWindowTest : public MainWindowTest {
  protected:
@@ -84,7 +66,7 @@ TEST_F(HelpWindowTest, OpensFromTheToolbarListsEveryKeyAndKeepsItsPlace) {
   // F1 in the main window brings the same window back to the front; no second one opens.
   gtk_window_present(GTK_WINDOW(app::gMain.window));
   ASSERT_TRUE(WaitUntil([] { return gtk_window_is_active(GTK_WINDOW(app::gMain.window)); }, 10));
-  PressWithServerTime(app::gMain.window, GDK_KEY_F1);
+  SendKey(app::gMain.window, GDK_KEY_F1, 0, gdk_x11_get_server_time(gtk_widget_get_window(app::gMain.window)));
   EXPECT_TRUE(WaitUntil([&] { return gtk_window_is_active(GTK_WINDOW(help)); }, 10));
   EXPECT_EQ(OpenHelpWindows(), 1);
   EXPECT_EQ(FindWindow("NebroHelp"), help);

@@ -37,23 +37,6 @@ GtkWidget* Toplevel(const char* title) {
   return found;
 }
 
-// A key press delivered through the toolkit, as the window manager would hand it over.
-void PressKey(GtkWidget* window, guint keyval) {
-  GdkEvent* event = gdk_event_new(GDK_KEY_PRESS);
-  event->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
-  event->key.keyval = keyval;
-  event->key.send_event = TRUE;
-  GdkKeymapKey* keys = nullptr;
-  gint count = 0;
-  if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gdk_display_get_default()), keyval,
-                                        &keys, &count) && count > 0) {
-    event->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
-  }
-  g_free(keys);
-  gdk_event_set_device(event, gdk_seat_get_keyboard(gdk_display_get_default_seat(gdk_display_get_default())));
-  gtk_main_do_event(event);
-  gdk_event_free(event);
-}
 
 std::string Lines(int count) {
   std::string text;
@@ -86,11 +69,11 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
 
   GtkWidget* preview = Toplevel(print::kPrintPreviewTitle);
   ASSERT_NE(preview, nullptr);
-  PressKey(preview, GDK_KEY_Page_Down);
-  PressKey(preview, GDK_KEY_Right);
+  SendKey(preview, GDK_KEY_Page_Down);
+  SendKey(preview, GDK_KEY_Right);
   r = Accessible({"wait|label|" + label(3)});
   EXPECT_TRUE(r.ok) << r.err;
-  PressKey(preview, GDK_KEY_Left);
+  SendKey(preview, GDK_KEY_Left);
   r = Accessible({"wait|label|" + second});
   EXPECT_TRUE(r.ok) << r.err;
 
@@ -108,7 +91,7 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   // Its size is kept for the next preview.
   gtk_window_resize(GTK_WINDOW(preview), 700, 560);
   ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(preview) == 700; }, 5));
-  PressKey(preview, GDK_KEY_Escape);
+  SendKey(preview, GDK_KEY_Escape);
   r = Accessible({"gone|frame|Nebro - Print Preview"});
   EXPECT_TRUE(r.ok) << r.err;
   EXPECT_EQ(settings::gSettings.previewWidth, 700);

@@ -55,43 +55,25 @@ class FindReplaceTest : public MainWindowTest {
 
 using Ranges = std::vector<std::pair<long, long>>;
 
-// A key press with the keyboard's key code, which accelerators are looked up by.
-void PressAccelerator(GtkWidget* window, guint keyval, GdkModifierType state) {
-  GdkKeymapKey* keys = nullptr;
-  gint count = 0;
-  ASSERT_TRUE(gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gtk_widget_get_display(window)), keyval,
-                                                &keys, &count) && count > 0);
-  GdkEvent* e = gdk_event_new(GDK_KEY_PRESS);
-  e->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(window)));
-  e->key.send_event = TRUE;
-  e->key.time = GDK_CURRENT_TIME;
-  e->key.keyval = keyval;
-  e->key.state = state;
-  e->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
-  e->key.group = static_cast<guint8>(keys[0].group);
-  g_free(keys);
-  gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(window))));
-  Deliver(e);
-}
 
 TEST_F(FindReplaceTest, FindsWithWrapReplacesAllAsOneUndoStepAndKeepsItsChoices) {
   const std::string text = "alpha beta alpha gamma\nALPHA alphabet";
   SetText(text);
   // Ctrl+F at the main window opens the window with "Find what" focused.
-  PressAccelerator(app::gMain.window, GDK_KEY_f, GDK_CONTROL_MASK);
+  SendKey(app::gMain.window, GDK_KEY_f, GDK_CONTROL_MASK);
   ASSERT_TRUE(WaitUntil([] { return search::FindReplaceWindow() != nullptr; }));
   GtkWindow* window = GTK_WINDOW(search::FindReplaceWindow());
   Pump(GTK_WIDGET(window));
   EXPECT_EQ(gtk_window_get_focus(window), gtk_bin_get_child(GTK_BIN(Control(501))));
 
   // Mnemonics reach the fields; Tab goes on in reading order.
-  PressAccelerator(GTK_WIDGET(window), GDK_KEY_p, GDK_MOD1_MASK);
+  SendKey(GTK_WIDGET(window), GDK_KEY_p, GDK_MOD1_MASK);
   EXPECT_EQ(gtk_window_get_focus(window), gtk_bin_get_child(GTK_BIN(Control(502))));
   for (const char* next : {"503", "504", "505", "506"}) {
-    PressAccelerator(GTK_WIDGET(window), GDK_KEY_Tab, GdkModifierType(0));
+    SendKey(GTK_WIDGET(window), GDK_KEY_Tab, GdkModifierType(0));
     EXPECT_STREQ(gtk_widget_get_name(gtk_window_get_focus(window)), next);
   }
-  PressAccelerator(GTK_WIDGET(window), GDK_KEY_f, GDK_MOD1_MASK);
+  SendKey(GTK_WIDGET(window), GDK_KEY_f, GDK_MOD1_MASK);
   EXPECT_EQ(gtk_window_get_focus(window), gtk_bin_get_child(GTK_BIN(Control(501))));
 
   // Find Next from the caret at 0: the first of four matches (case ignored, "alphabet" counts).
@@ -100,7 +82,7 @@ TEST_F(FindReplaceTest, FindsWithWrapReplacesAllAsOneUndoStepAndKeepsItsChoices)
   EXPECT_EQ(Status(), "4 matches found.\n");
   EXPECT_EQ(Marked(10), (Ranges{{0, 5}}));
   // Enter in the field is Find Next; Find Prev goes back.
-  PressAccelerator(GTK_WIDGET(window), GDK_KEY_Return, GdkModifierType(0));
+  SendKey(GTK_WIDGET(window), GDK_KEY_Return, GdkModifierType(0));
   EXPECT_TRUE(WaitUntil([&] { return Selection() == std::make_pair(11L, 16L); }));  // the button's press shows first
   EXPECT_EQ(Marked(10), (Ranges{{11, 16}}));
   Steps({"click|push button|Find Prev"});

@@ -128,20 +128,22 @@ inline void SendButton(GtkWidget* widget, GdkEventType type, int x, int y, unsig
   Deliver(e);
 }
 
-// A key press delivered to `widget`'s window, as the keyboard's would be.
-inline void SendKey(GtkWidget* widget, guint keyval, unsigned state = 0) {
+// A key press delivered to `widget`'s window, as the keyboard's would be, with the key's place on
+// the keyboard (accelerators are matched by it). Under a window manager, pass the X server's time
+// (gdk_x11_get_server_time): it lets a window come to the front only for a request with one.
+inline void SendKey(GtkWidget* widget, guint keyval, unsigned state = 0, guint32 time = GDK_CURRENT_TIME) {
   GdkEvent* e = gdk_event_new(GDK_KEY_PRESS);
   e->key.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(widget)));
   e->key.send_event = TRUE;
-  e->key.time = GDK_CURRENT_TIME;
+  e->key.time = time;
   e->key.keyval = keyval;
   e->key.state = state;
-  // The key's place on the keyboard, which accelerators are matched by.
   GdkKeymapKey* keys = nullptr;
   gint count = 0;
   if (gdk_keymap_get_entries_for_keyval(gdk_keymap_get_for_display(gtk_widget_get_display(widget)), keyval, &keys,
                                         &count) && count > 0) {
     e->key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
+    e->key.group = static_cast<guint8>(keys[0].group);
   }
   g_free(keys);
   gdk_event_set_device(e, gdk_seat_get_keyboard(gdk_display_get_default_seat(gtk_widget_get_display(widget))));

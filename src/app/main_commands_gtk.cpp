@@ -5,6 +5,8 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
+#include "export/export_window_gtk.h"
+#include "markdown/markdown_preview_gtk.h"
 #include "print/page_setup_gtk.h"
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
@@ -64,8 +66,12 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, {kCmdPageSetup, "Page Setup", {}, "", [] {
                    print::RunPageSetup(GTK_WINDOW(gMain.window), settings::gSettings);
                  }, {}});
-  AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
-  AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
+  AddCommand(t, {kCmdMarkdownPreview, "MD Preview (HTML)", {}, "", [] {
+                   markdown::ShowMarkdownPreview(GTK_WINDOW(gMain.window), gMain.editor, gMain.doc.path, settings::gSettings);
+                 }, {}});
+  AddCommand(t, {kCmdExport, "Export", {}, "", [] {
+                   exports::ShowExportWindow(GTK_WINDOW(gMain.window), gMain.editor, gMain.doc.path, settings::gSettings);
+                 }, {}});
   AddCommand(t, NotBuilt(kCmdSettings, "Settings", {}));
   AddCommand(t, NotBuilt(kCmdHelp, "Help", {}));
   AddCommand(t, {kCmdLineNumbers, "Line Numbers", {}, "", ToggleLineNumbers, {}});

@@ -6,12 +6,14 @@
 #   gone|ROLE|NAME           until no showing object with that role and name exists
 #   click|ROLE|NAME          performs the object's first action (press, click, toggle, activate)
 #   set|ROLE|NAME|TEXT       replaces the object's editable text
+#   select|ROLE|NAME|ITEM    selects the item named ITEM of a list or combo box (its Selection)
 #   text|ROLE|NAME           prints the object's text (or, without text, its name)
 #   state|ROLE|NAME          prints the object's states, sorted, space-separated
 #   tree|ROLE|NAME           prints the showing subtree: one "ROLE|NAME" line per object, indented
 #   focus                    prints "ROLE|NAME" of the focused object
 #
-# An empty NAME matches any name. Only objects of the process `--pid PID` (default: the parent
+# ROLE@WINDOW looks only inside the top-level window named WINDOW (the main window's toolbar
+# also has an "Export" button, say). An empty NAME matches any name. Only objects of the process `--pid PID` (default: the parent
 # process) are searched. The exit status is 0 when every step succeeded, 1 when a step failed or
 # waited 10 seconds in vain (the reason goes to stderr).
 import sys
@@ -55,12 +57,20 @@ def find(pid, role, name):
     app = application(pid)
     if app is None:
         return None
-    for obj, _ in walk(app):
+    roots = [app]
+    if "@" in role:
+        role, window = role.split("@", 1)
         try:
-            if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
-                return obj
+            roots = [w for w in app if w is not None and w.name == window]
         except Exception:
-            continue
+            return None
+    for root in roots:
+        for obj, _ in walk(root):
+            try:
+                if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
+                    return obj
+            except Exception:
+                continue
     return None
 
 
@@ -115,6 +125,23 @@ def run_step(pid, step):
     if verb == "set":
         editable = obj.queryEditableText()
         return bool(editable.setTextContents(fields[3]))
+    if verb == "select":
+        items = []
+
+        def collect(o):
+            for child in o:
+                if child is None:
+                    continue
+                if child.getRoleName() in ("menu item", "list item", "table cell"):
+                    items.append(child.name)
+                else:
+                    collect(child)
+
+        collect(obj)
+        if fields[3] not in items:
+            print(f"no item '{fields[3]}' in {role} '{name}': {items}", file=sys.stderr)
+            return False
+        return bool(obj.querySelection().selectChild(items.index(fields[3])))
     if verb == "text":
         print(text_of(obj))
         return True

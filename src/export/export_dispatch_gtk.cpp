@@ -105,14 +105,15 @@ int32_t LineCount(GtkWidget* editor) {
 }
 
 // The document's text and styles, read by the worker a piece at a time on the UI thread so
-// that the window keeps drawing in between. The progress window is modal: the text cannot
-// change meanwhile. False when cancelled or the editor is gone.
+// that the window keeps drawing in between. Each piece is coloured first: the editor colours
+// only what has been shown, and the export is coloured throughout. The progress window is
+// modal: the text cannot change meanwhile. False when cancelled or the editor is gone.
 struct Captured {
   std::string text, styles;
 };
 
 bool CaptureStyledText(ProgressReporter& reporter, const Watch& editor, size_t length, Captured& out) {
-  constexpr size_t kPiece = size_t{4} << 20;
+  constexpr size_t kPiece = size_t{1} << 20;
   out.text.resize(length);
   out.styles.resize(length);
   std::string interleaved;
@@ -124,6 +125,9 @@ bool CaptureStyledText(ProgressReporter& reporter, const Watch& editor, size_t l
     reporter.RunOnUi([&] {
       GtkWidget* e = editor->get();
       if (!e) return;
+      // Colouring restarts where the editor's colouring stopped, as scrolling there would.
+      const auto styledTo = static_cast<size_t>(Send(e, SCI_GETENDSTYLED));
+      if (styledTo < end) Send(e, SCI_COLOURISE, styledTo, static_cast<sptr_t>(end));
       Sci_TextRange range{{static_cast<long>(start), static_cast<long>(end)}, interleaved.data()};
       SendPtr(e, SCI_GETSTYLEDTEXT, 0, &range);
       read = true;
@@ -269,6 +273,7 @@ bool ExportRtfTo(GtkWindow* owner, GtkWidget* editor, const settings::AppSetting
   }
   if (length < kRtfOnUiTextLimit) {
     std::string interleaved(2 * length + 2, '\0');
+    Send(editor, SCI_COLOURISE, Send(editor, SCI_GETENDSTYLED), -1);
     Sci_TextRange range{{0, static_cast<long>(length)}, interleaved.data()};
     SendPtr(editor, SCI_GETSTYLEDTEXT, 0, &range);
     interleaved.resize(2 * length);
@@ -405,10 +410,16 @@ bool ExportDocument(GtkWindow* owner, GtkWidget* editor, const std::string& docu
   const std::string path = AskExportPath(owner, *row, documentPath);
   // The program may have ended while the dialog was open.
   if (path.empty() || !editorWatch.get() || (owner && !ownerWatch.get())) return false;
+  return ExportDocumentTo(owner, editor, documentPath, s, formatId, path);
+}
+
+bool ExportDocumentTo(GtkWindow* owner, GtkWidget* editor, const std::string& documentPath,
+                      const settings::AppSettings& s, int32_t formatId, const std::string& path) {
   switch (formatId) {
     case kExportRtf: return ExportRtfTo(owner, editor, s, path);
     case kExportPlainText: return ExportPlainTextTo(owner, editor, path);
-    default: break;
+    case kExportHtml: break;
+    default: return false;
   }
   const int32_t lines = LineCount(editor);
   const bool markdown = IsMarkdownPath(documentPath);

@@ -20,6 +20,11 @@ namespace nebro::exports {
 bool ExportDocument(GtkWindow* owner, GtkWidget* editor, const std::string& documentPath,
                     const settings::AppSettings& settings, int32_t formatId);
 
+// What ExportDocument does once the Save dialog has answered `outputPath` (HTML, RTF and
+// plain text).
+bool ExportDocumentTo(GtkWindow* owner, GtkWidget* editor, const std::string& documentPath,
+                      const settings::AppSettings& settings, int32_t formatId, const std::string& outputPath);
+
 // Writes the editor's text to a new temporary ".txt" file in the data folder and opens it in
 // the read-only viewer.
 void OpenAsPlainTextInViewer(GtkWindow* owner, GtkWidget* editor);

@@ -365,7 +365,7 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   // Keys of commands whose windows are not built yet are not bound, and neither is an unknown
   // command.
   EXPECT_EQ(Text(), "");
-  EXPECT_FALSE(DispatchCommand(kCmdExport));
+  EXPECT_FALSE(DispatchCommand(kCmdFont));
   EXPECT_FALSE(DispatchCommand(kCmdFindReplace));
   EXPECT_FALSE(DispatchCommand(12345));
 }

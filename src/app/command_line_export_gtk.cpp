@@ -111,10 +111,15 @@ int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
                                                                                      : ResultMessage(result, "text"));
     return 0;
   }
+  // The RTF exporter and the Markdown renderer make nothing of an empty document (a file that
+  // holds only a byte-order mark is empty too); the other formats write an empty document.
+  if (text.empty() && (request.format == "rtf" || (request.format == "html" && exports::IsMarkdownPath(request.input)))) {
+    return Fail(std::string(exports::kRtfNothingToExport));
+  }
   if (request.format == "html" && exports::IsMarkdownPath(request.input)) {
     markdown::MarkdownPageOptions options{request.input, fontName, settings::gSettings.fontSize, settings::gSettings.theme};
     std::string page;
-    if (!text.empty() && !markdown::RenderMarkdownPage(text, options, page)) return Fail("Cannot render the Markdown page.");
+    if (!markdown::RenderMarkdownPage(text, options, page)) return Fail("Cannot render the Markdown page.");
     result = exports::WriteExportFile(request.output, page);
     return result == exports::ExportResult::Ok ? 0 : Fail(ResultMessage(result, "HTML"));
   }

@@ -6,7 +6,9 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
+#include "export/export_window_gtk.h"
 #include "help/help_window_gtk.h"
+#include "markdown/markdown_preview_gtk.h"
 #include "print/page_setup_gtk.h"
 #include "print/print_job_gtk.h"
 #include "print/print_preview_gtk.h"
@@ -37,11 +39,6 @@ void ToggleWordWrap() {
 
 Command EditorMessage(int id, const char* label, const char* key, unsigned message) {
   return {id, label, {key}, "", [message] { Send(gMain.editor, message); }, {}};
-}
-
-// A command whose window comes later: listed with its keys, bound to nothing yet.
-Command NotBuilt(int id, const char* label, std::vector<std::string> keys, std::string menuShortcut = "") {
-  return {id, label, std::move(keys), std::move(menuShortcut), {}, {}};
 }
 
 }  // namespace
@@ -75,8 +72,12 @@ void AddMainWindowCommands(CommandTable& t) {
   AddCommand(t, {kCmdPageSetup, "Page Setup", {}, "", [] {
                    print::RunPageSetup(GTK_WINDOW(gMain.window), settings::gSettings);
                  }, {}});
-  AddCommand(t, NotBuilt(kCmdMarkdownPreview, "MD Preview (HTML)", {}));
-  AddCommand(t, NotBuilt(kCmdExport, "Export", {}));
+  AddCommand(t, {kCmdMarkdownPreview, "MD Preview (HTML)", {}, "", [] {
+                   markdown::ShowMarkdownPreview(GTK_WINDOW(gMain.window), gMain.editor, gMain.doc.path, settings::gSettings);
+                 }, {}});
+  AddCommand(t, {kCmdExport, "Export", {}, "", [] {
+                   exports::ShowExportWindow(GTK_WINDOW(gMain.window), gMain.editor, gMain.doc.path, settings::gSettings);
+                 }, {}});
   AddCommand(t, {kCmdSettings, "Settings", {}, "", [] {
                    settings::ShowSettingsDialog({GTK_WINDOW(gMain.window), gMain.editor, gMain.margin, ApplyTransparency,
                                                  [](int minutes) { document::RestartAutoSaveTimer(MainDocumentWindow(), minutes); }});

@@ -21,6 +21,7 @@ struct ProgressJob {
   GtkWidget* window = nullptr;
   GtkWidget* label = nullptr;
   GtkWidget* bar = nullptr;
+  std::string cancellingText;
   std::function<void(bool)> done;
 };
 
@@ -56,12 +57,17 @@ void QueueUpdate(const JobRef& job) {
   g_idle_add(ApplyUpdate, new JobRef(job));
 }
 
+void OnWindowDestroyed(GtkWidget*, gpointer data);
+
 gboolean OnFinished(gpointer data) {
   std::unique_ptr<JobRef> ref(static_cast<JobRef*>(data));
   JobRef job = *ref;
   job->worker.join();
   std::erase(Running(), job);
-  if (job->window) gtk_widget_destroy(job->window);
+  if (job->window) {
+    g_signal_handlers_disconnect_by_func(job->window, reinterpret_cast<gpointer>(OnWindowDestroyed), job.get());
+    gtk_widget_destroy(job->window);
+  }
   job->window = job->label = job->bar = nullptr;
   if (job->done) job->done(job->cancelled);
   return G_SOURCE_REMOVE;
@@ -70,8 +76,25 @@ gboolean OnFinished(gpointer data) {
 gboolean OnDelete(GtkWidget*, GdkEvent*, gpointer data) {
   // The window goes when the work has ended; a close request only asks a cancellable job to stop.
   auto* job = static_cast<ProgressJob*>(data);
-  if (g_object_get_data(G_OBJECT(job->window), "nebro-cancellable")) job->cancelled = true;
+  if (g_object_get_data(G_OBJECT(job->window), "nebro-cancellable")) {
+    job->cancelled = true;
+    if (job->label && !job->cancellingText.empty()) {
+      {
+        std::lock_guard<std::mutex> lock(job->mutex);
+        job->text = job->cancellingText;  // later progress reports keep saying so
+      }
+      gtk_label_set_text(GTK_LABEL(job->label), job->cancellingText.c_str());
+    }
+  }
   return TRUE;
+}
+
+void OnWindowDestroyed(GtkWidget*, gpointer data) {
+  // The window went before the work ended (its owner was destroyed): the work is asked to stop
+  // and nothing touches the window again.
+  auto* job = static_cast<ProgressJob*>(data);
+  job->cancelled = true;
+  job->window = job->label = job->bar = nullptr;
 }
 
 }  // namespace
@@ -86,6 +109,7 @@ void ProgressReporter::SetFraction(double fraction) {
 
 void ProgressReporter::SetText(const std::string& text) {
   std::lock_guard<std::mutex> lock(job_->mutex);
+  if (job_->cancelled && !job_->cancellingText.empty()) return;
   job_->text = text;
   QueueUpdate(job_);
 }
@@ -120,6 +144,7 @@ void RunWithProgress(const ProgressOptions& o, std::function<void(ProgressReport
                      std::function<void(bool)> done) {
   auto job = std::make_shared<ProgressJob>();
   job->done = std::move(done);
+  job->cancellingText = o.cancellingText;
 
   ThemedWindowOptions shell;
   shell.parent = o.parent;
@@ -132,6 +157,7 @@ void RunWithProgress(const ProgressOptions& o, std::function<void(ProgressReport
   if (o.cancellable) g_object_set_data(G_OBJECT(window), "nebro-cancellable", GINT_TO_POINTER(1));
   job->window = window;
   g_signal_connect(window, "delete-event", G_CALLBACK(OnDelete), job.get());
+  g_signal_connect(window, "destroy", G_CALLBACK(OnWindowDestroyed), job.get());
   GtkWidget* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, 10);
   gtk_container_set_border_width(GTK_CONTAINER(box), 16);
   job->label = gtk_label_new(o.text.c_str());

@@ -34,6 +34,7 @@ struct ProgressOptions {
   std::string text;  // the line above the bar
   std::string name = "NebroProgress";
   bool cancellable = false;  // a Cancel button, and Escape, set the cancel flag
+  std::string cancellingText;  // shown once Cancel was pressed, until the work has returned
 };
 
 // Shows the window, starts `work` on a new thread and returns at once. When the work has

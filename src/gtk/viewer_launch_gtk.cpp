@@ -7,6 +7,7 @@
 #include <climits>
 
 #include "common/viewer_geometry.h"
+#include "gtk/trace_gtk.h"
 
 namespace nebro {
 namespace {
@@ -55,6 +56,19 @@ void LaunchViewer(GtkWindow* owner, const std::string& path) {
   EndViewer();  // at most one viewer launched this way outlives a new launch
   viewerPid = pid;
   g_child_watch_add(pid, OnViewerExit, nullptr);
+}
+
+void OpenWithDefaultApplication(GtkWindow* owner, const std::string& path, const std::string& fallback) {
+  if (path.empty()) return;
+  gchar* uri = g_filename_to_uri(path.c_str(), nullptr, nullptr);
+  GError* error = nullptr;
+  const bool opened = uri && g_app_info_launch_default_for_uri(uri, nullptr, &error);
+  g_free(uri);
+  if (error) {
+    Trace("Nebro: no application opens %s: %s", path.c_str(), error->message);
+    g_error_free(error);
+  }
+  if (!opened) LaunchViewer(owner, fallback.empty() ? path : fallback);
 }
 
 }  // namespace nebro

@@ -12,6 +12,10 @@ namespace nebro {
 // ends the previous viewer.
 void LaunchViewer(GtkWindow* owner, const std::string& path);
 
+// Opens `path` with the desktop's default application for its type; when nothing can open
+// it, opens `fallback` (`path` when empty) in the viewer instead.
+void OpenWithDefaultApplication(GtkWindow* owner, const std::string& path, const std::string& fallback = "");
+
 // Ends the viewer launched last, if it still runs.
 void EndViewer();
 

@@ -136,3 +136,22 @@ TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
   EXPECT_TRUE(Contains(output, "Nothing to export")) << output;
   EXPECT_EQ(ReadBytes(keep), "old");
 }
+
+TEST(CommandLineExport, EmptyDocumentsGiveNoRtfAndNoMarkdownPage) {
+  Dir d;
+  std::string output;
+  // An empty file and a file holding only a byte-order mark are both empty documents.
+  EXPECT_EQ(Export(d, "rtf", d.Write("empty.txt", ""), d.Path() + "/empty.rtf", &output), 1);
+  EXPECT_TRUE(Contains(output, "nebro: Nothing to export.")) << output;
+  EXPECT_EQ(Export(d, "html", d.Write("bom.md", "\xEF\xBB\xBF"), d.Path() + "/bom.html", &output), 1);
+  EXPECT_TRUE(Contains(output, "nebro: Nothing to export.")) << output;
+  EXPECT_EQ(Export(d, "rtf", d.Path() + "/bom.md", d.Path() + "/bom.rtf", &output), 1);
+  EXPECT_FALSE(fs::exists(d.Path() + "/empty.rtf"));
+  EXPECT_FALSE(fs::exists(d.Path() + "/bom.html"));
+  EXPECT_FALSE(fs::exists(d.Path() + "/bom.rtf"));
+  // Plain text and the coloured page of a non-Markdown file still write the empty document.
+  EXPECT_EQ(Export(d, "txt", d.Path() + "/empty.txt", d.Path() + "/empty.out.txt"), 0);
+  EXPECT_EQ(ReadBytes(d.Path() + "/empty.out.txt"), "");
+  EXPECT_EQ(Export(d, "html", d.Path() + "/empty.txt", d.Path() + "/empty.html"), 0);
+  EXPECT_TRUE(ReadBytes(d.Path() + "/empty.html").ends_with("</html>"));
+}

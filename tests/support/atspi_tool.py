@@ -10,12 +10,15 @@
 #   select|ROLE|NAME|ITEM    selects the child named ITEM of a list, table or drop-down list
 #   within|ROLE|NAME         later steps search only inside that object (one window of several
 #                            with the same buttons); "within||" searches everything again
+#
+# A ROLE written "ROLE@WINDOW" is looked for only in the top-level window named WINDOW.
 #   text|ROLE|NAME           prints the object's text (or, without text, its name)
 #   state|ROLE|NAME          prints the object's states, sorted, space-separated
 #   tree|ROLE|NAME           prints the showing subtree: one "ROLE|NAME" line per object, indented
 #   focus                    prints "ROLE|NAME" of the focused object
 #
-# An empty NAME matches any name. Only objects of the process `--pid PID` (default: the parent
+# ROLE@WINDOW looks only inside the top-level window named WINDOW (the main window's toolbar
+# also has an "Export" button, say). An empty NAME matches any name. Only objects of the process `--pid PID` (default: the parent
 # process) are searched. The exit status is 0 when every step succeeded, 1 when a step failed or
 # waited 10 seconds in vain (the reason goes to stderr).
 import sys
@@ -77,12 +80,20 @@ def find(pid, role, name):
 
 
 def find_in(app, role, name):
-    for obj, _ in walk(app):
+    roots = [app]
+    if "@" in role:
+        role, window = role.split("@", 1)
         try:
-            if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
-                return obj
+            roots = [w for w in app if w is not None and w.name == window]
         except Exception:
-            continue
+            return None
+    for root in roots:
+        for obj, _ in walk(root):
+            try:
+                if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
+                    return obj
+            except Exception:
+                continue
     return None
 
 
@@ -112,12 +123,27 @@ def children(obj):
         return []
 
 
+def items_below(obj):
+    # The selectable items wherever they sit below the object (a combo box's menu, a list's rows).
+    found = []
+    for child in children(obj):
+        if child is None:
+            continue
+        if child.getRoleName() in ("menu item", "list item", "table cell"):
+            found.append(child.name)
+        else:
+            found.extend(items_below(child))
+    return found
+
+
 def select(obj, item):
     # A table or list holds its items itself; a drop-down list in its pop-up menu, shown or not.
     items = children(obj)
     names = [child.name if child is not None else None for child in items]
     if item not in names and items:
         names = [child.name if child is not None else None for child in children(items[0])]
+    if item not in names:
+        names = items_below(obj)
     if item not in names:
         print(f"no item '{item}' in {obj.getRoleName()} '{obj.name}': {names}", file=sys.stderr)
         return False

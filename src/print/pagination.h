@@ -3,13 +3,9 @@
 // with word wrapping in the content width, so the same code serves the screen and the printer.
 #pragma once
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,8 +41,6 @@ struct LineMeasure {
 inline constexpr int kPrintLineSpacing = 2;
 // Cancellation is looked at before every fiftieth line.
 inline constexpr size_t kCancelPollInterval = 50;
-// How long the preview worker waits for its progress dialog to start.
-inline constexpr std::chrono::milliseconds kPaginationStartWait{5000};
 
 // The height a line takes on the page, without the spacing.
 int PrintLineHeight(std::string_view line, int width, const LineMeasure& measure);
@@ -89,56 +83,5 @@ struct PlacedLine {
 std::vector<PlacedLine> LayoutPageLines(std::string_view text, const std::vector<LineSpan>& lines,
                                         PageLineRange range, int top, int width,
                                         const LineMeasure& measure);
-
-// A manual-reset event: once set it stays set, and every waiter wakes.
-class PaginationEvent {
- public:
-  void Set();
-  bool IsSet() const { return set_.load(std::memory_order_acquire); }
-  // Waits until the event is set or `timeout` passes; returns whether it is set.
-  bool WaitFor(std::chrono::milliseconds timeout);
-
- private:
-  std::atomic<bool> set_{false};
-  std::mutex mutex_;
-  std::condition_variable cv_;
-};
-
-// What the preview command hands to the pagination worker. The UI thread fills the inputs before
-// it sets `startEvent`, and reads the results only after the worker's end message.
-struct PaginationJob {
-  PaginationEvent startEvent;
-  PaginationEvent cancelEvent;
-  // Inputs.
-  std::string text;  // the document's bytes (UTF-8), kept so the preview can draw the lines
-  int64_t lineCountHint = 0;
-  std::string fontFace = "Consolas";
-  int fontSize = 11;
-  PageRect contentRect;
-  // Results.
-  std::vector<LineSpan> lines;
-  std::vector<int32_t> pageStarts;
-  bool cancelled = false;
-};
-
-// The worker's ties to the outside. The two post functions must only queue the message for the
-// UI thread (they run on the worker).
-struct PaginationWorkerHooks {
-  // Makes the measuring for this job on the worker thread, once the text is split (the font is
-  // created there).
-  std::function<LineMeasure(const PaginationJob& job)> makeMeasure;
-  // Progress: pages found so far and lines processed so far (0 in the final post).
-  std::function<void(int pages, int64_t lines)> postProgress;
-  // End: finished 1 with the result, or 0 with result 0 when cancelled.
-  std::function<void(int finished, int64_t result)> postEnd;
-  // Optional: runs the page renderer once over the page list (measuring only); its return value
-  // is the end message's result. Without it the result is the page count.
-  std::function<int64_t(const PaginationJob& job)> measurePages;
-};
-
-// The pagination worker: waits (at most kPaginationStartWait) for the start event, splits and
-// paginates the text with cancellation, and reports. A cancel seen before the start or during
-// the split still ends with postEnd(0, 0), so the progress dialog closes.
-void RunPaginationWorker(PaginationJob& job, const PaginationWorkerHooks& hooks);
 
 }  // namespace nebro::print

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -136,120 +134,6 @@ TEST(Pagination, PagesAreLaidOutLineByLine) {
     placed.emplace_back(p.line, p.y, p.height);
   }
   EXPECT_EQ(placed, (std::vector<std::tuple<size_t, int, int>>{{0, 100, 10}, {1, 112, 7}, {2, 121, 30}}));
-}
-
-// The worker's messages, in the order it posted them.
-struct Posts {
-  std::mutex mutex;
-  std::vector<std::pair<int, int64_t>> progress;
-  std::vector<std::pair<int, int64_t>> end;
-  std::vector<char> order;  // 'p' progress, 'e' end
-};
-
-PaginationWorkerHooks Recording(Posts& posts) {
-  PaginationWorkerHooks hooks;
-  hooks.makeMeasure = [](const PaginationJob&) { return FakeMeasure(); };
-  hooks.postProgress = [&posts](int pages, int64_t lines) {
-    std::lock_guard<std::mutex> lock(posts.mutex);
-    posts.progress.push_back({pages, lines});
-    posts.order.push_back('p');
-  };
-  hooks.postEnd = [&posts](int finished, int64_t result) {
-    std::lock_guard<std::mutex> lock(posts.mutex);
-    posts.end.push_back({finished, result});
-    posts.order.push_back('e');
-  };
-  return hooks;
-}
-
-TEST(PaginationWorker, FinishesWithTheFinalCountAndTheRenderersResult) {
-  PaginationJob job;
-  job.text = Lines(12);
-  job.lineCountHint = 13;
-  job.contentRect = {10, 20, 110, 70};  // 100 wide, 50 high
-  Posts posts;
-  auto hooks = Recording(posts);
-  int renders = 0;
-  hooks.measurePages = [&](const PaginationJob& j) {
-    ++renders;
-    return static_cast<int64_t>(j.pageStarts.size() * 33);
-  };
-  std::thread worker([&] { RunPaginationWorker(job, hooks); });
-  job.startEvent.Set();
-  worker.join();
-
-  EXPECT_EQ(job.pageStarts, (Starts{0, 5, 10}));
-  EXPECT_EQ(job.lines.size(), 12u);
-  EXPECT_FALSE(job.cancelled);
-  EXPECT_EQ(posts.progress, (std::vector<std::pair<int, int64_t>>{{2, 5}, {3, 10}, {3, 0}}));
-  EXPECT_EQ(posts.end, (std::vector<std::pair<int, int64_t>>{{1, 99}}));
-  EXPECT_EQ(posts.order, (std::vector<char>{'p', 'p', 'p', 'e'}));
-  EXPECT_EQ(renders, 1);
-
-  // Without a renderer the result is the page count.
-  PaginationJob single;
-  single.text = "one line";
-  single.contentRect = {0, 0, 100, 50};
-  Posts singlePosts;
-  single.startEvent.Set();
-  RunPaginationWorker(single, Recording(singlePosts));
-  EXPECT_EQ(single.pageStarts, (Starts{0}));
-  EXPECT_EQ(singlePosts.progress, (std::vector<std::pair<int, int64_t>>{{1, 0}}));
-  EXPECT_EQ(singlePosts.end, (std::vector<std::pair<int, int64_t>>{{1, 1}}));
-}
-
-TEST(PaginationWorker, CancelBeforeOrDuringTheSplitStillEnds) {
-  // Cancelled before the worker began: no pages, only the end message.
-  PaginationJob early;
-  early.text = Lines(10);
-  early.contentRect = {0, 0, 100, 50};
-  early.cancelEvent.Set();
-  early.startEvent.Set();
-  Posts earlyPosts;
-  RunPaginationWorker(early, Recording(earlyPosts));
-  EXPECT_TRUE(early.cancelled);
-  EXPECT_TRUE(earlyPosts.progress.empty());
-  EXPECT_EQ(earlyPosts.end, (std::vector<std::pair<int, int64_t>>{{0, 0}}));
-
-  // Cancelled from the measuring while line 120 is measured: noticed at the poll before line
-  // 150, within fifty lines.
-  PaginationJob job;
-  job.text = Lines(1000);
-  job.contentRect = {0, 0, 100, 50};
-  Posts posts;
-  auto hooks = Recording(posts);
-  int measured = 0;
-  hooks.makeMeasure = [&](const PaginationJob&) {
-    LineMeasure m = FakeMeasure();
-    m.textHeight = [&measured, &job](std::string_view, int) {
-      if (++measured == 121) job.cancelEvent.Set();
-      return 10;
-    };
-    return m;
-  };
-  bool rendered = false;
-  hooks.measurePages = [&](const PaginationJob&) { return rendered = true, int64_t{0}; };
-  std::thread worker([&] { RunPaginationWorker(job, hooks); });
-  job.startEvent.Set();
-  worker.join();
-  EXPECT_TRUE(job.cancelled);
-  EXPECT_EQ(measured, 150);
-  EXPECT_FALSE(rendered);
-  EXPECT_EQ(posts.end, (std::vector<std::pair<int, int64_t>>{{0, 0}}));
-  ASSERT_FALSE(posts.order.empty());
-  EXPECT_EQ(posts.order.back(), 'e');
-  for (const auto& p : posts.progress) EXPECT_GT(p.second, 0);  // no final count was posted
-}
-
-TEST(PaginationWorker, EventStaysSetAndWakesWaiters) {
-  PaginationEvent event;
-  EXPECT_FALSE(event.IsSet());
-  EXPECT_FALSE(event.WaitFor(std::chrono::milliseconds(1)));
-  std::thread setter([&] { event.Set(); });
-  EXPECT_TRUE(event.WaitFor(std::chrono::seconds(30)));
-  setter.join();
-  EXPECT_TRUE(event.IsSet());
-  EXPECT_TRUE(event.WaitFor(std::chrono::milliseconds(0)));
 }
 
 }  // namespace

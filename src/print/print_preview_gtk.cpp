@@ -148,6 +148,7 @@ void OpenPrintPreview(GtkWindow* owner, GtkWidget* editor, const PageStyle& styl
   options.text = kPreparingPreviewText;
   options.name = "NebroPrintPreviewProgress";
   options.cancellable = true;
+  options.cancellingText = kCancellingPreviewText;
   RunWithProgress(
       options,
       [text, result, style](ProgressReporter& reporter) {

@@ -19,6 +19,7 @@ inline constexpr const char* kPrintStartFailedText =
     "Failed to start print job.\nCheck printer and try again.";
 inline constexpr const char* kUnsavedPrintDocumentName = "Nebro Document";
 inline constexpr const char* kPreparingPreviewText = "Preparing Print Preview...";
+inline constexpr const char* kCancellingPreviewText = "Cancelling...";
 inline constexpr const char* kCancellingText = "Cancelling...";
 
 // Preview window buttons (two blanks between symbol and word) and their command numbers.

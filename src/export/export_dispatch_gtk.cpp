@@ -347,10 +347,10 @@ bool ExportPdfOf(GtkWindow* owner, GtkWidget* editor, const std::string& documen
     return false;
   }
   const ExportFormat* row = FindExportFormat(kExportPdf);
-  WidgetWatch editorWatch(editor), ownerWatch(GTK_WIDGET(owner));
+  WidgetWatch editorDuringDialog(editor), ownerDuringDialog(GTK_WIDGET(owner));
   const std::string path = AskExportPath(owner, *row, documentPath);
   // The program may have ended while the dialog was open.
-  if (path.empty() || !editorWatch.get() || (owner && !ownerWatch.get())) return false;
+  if (path.empty() || !editorDuringDialog.get() || (owner && !ownerDuringDialog.get())) return false;
   // Markdown is printed as the rendered page the HTML export writes.
   if (markdown) return markdown::ExportMarkdownPdf(owner, editor, documentPath, s, path);
   auto job = std::make_shared<PdfJob>();
@@ -359,7 +359,7 @@ bool ExportPdfOf(GtkWindow* owner, GtkWidget* editor, const std::string& documen
   job->path = path;
   job->lines = lines;
   job->started = NowMs();
-  auto ownerAlive = std::make_shared<WidgetWatch>(GTK_WIDGET(owner));
+  auto ownerWatch = std::make_shared<WidgetWatch>(GTK_WIDGET(owner));
   RunWithProgress(
       ExportProgress(owner, kPdfExportTitle, kStatusPreparing, "NebroPdfExportProgress"),
       [job](ProgressReporter& reporter) {
@@ -372,8 +372,8 @@ bool ExportPdfOf(GtkWindow* owner, GtkWidget* editor, const std::string& documen
         job->paged = print::PaginateDocument(std::move(job->text), job->style, hooks);
         if (!reporter.Cancelled()) reporter.SetText(std::string(kStatusFinalizing));
       },
-      [job, ownerAlive](bool cancelled) {
-        GtkWindow* owner = ownerAlive->window();
+      [job, ownerWatch](bool cancelled) {
+        GtkWindow* owner = ownerWatch->window();
         if (cancelled || job->paged.cancelled || !owner) return;
         const print::PdfExportResult pdf = print::ExportPagedPdf(owner, job->paged, job->path);
         if (!pdf.ok) return Tell(owner, pdf.error, kPdfExportTitle);

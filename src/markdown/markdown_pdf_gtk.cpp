@@ -108,11 +108,18 @@ GSubprocess* StartTool(const PdfFiles& files, std::string& error) {
   return process;
 }
 
-// The helper's verdict once it has ended: its one-line reason when it failed.
+// The helper's verdict once it has ended. Its reason is its own line on stderr (the engine may
+// write warnings there too), without the program's name.
 bool ToolSucceeded(GSubprocess* process, const char* errors, std::string& error) {
   if (g_subprocess_get_if_exited(process) && g_subprocess_get_exit_status(process) == 0) return true;
-  std::string reason = errors ? errors : "";
-  if (const auto end = reason.find('\n'); end != std::string::npos) reason.resize(end);
+  const std::string prefix = std::string(kToolName) + ": ";
+  std::string reason;
+  gchar** lines = g_strsplit(errors ? errors : "", "\n", -1);
+  for (gchar** line = lines; *line; ++line) {
+    if (g_str_has_prefix(*line, prefix.c_str())) reason = *line + prefix.size();
+  }
+  g_strfreev(lines);
+  if (reason.empty() && g_subprocess_get_if_signaled(process)) reason = std::string(kToolName) + " was stopped.";
   error = "Cannot create PDF file.\n" + (reason.empty() ? std::string(kToolName) + " failed." : reason);
   return false;
 }

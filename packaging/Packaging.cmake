@@ -36,7 +36,7 @@ foreach(name nebro.1 changelog.Debian)
 endforeach()
 add_custom_target(nebro_packaging_files ALL DEPENDS ${gen}/nebro.1.gz ${gen}/changelog.Debian.gz)
 
-install(TARGETS nebro RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS nebro nebro-markdown-pdf RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${CMAKE_SOURCE_DIR}/resources/typewriter_key.wav ${CMAKE_SOURCE_DIR}/resources/typewriter_return.wav
   DESTINATION ${CMAKE_INSTALL_DATADIR}/nebro)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/resources/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons)

@@ -14,6 +14,7 @@ NEBRO_PACKAGES=(
   dbus-daemon dbus-bin at-spi2-core python3-pyatspi openbox poppler-utils x11-utils
   desktop-file-utils appstream groff-base file
   clang libclang-rt-14-dev
+  libwebkit2gtk-4.1-dev
 )
 
 nebro_install_missing() {

@@ -18,6 +18,7 @@
 #include "export/rtf_export.h"
 #include "export/styled_text.h"
 #include "markdown/markdown_html.h"
+#include "markdown/markdown_pdf_gtk.h"
 #include "print/pdf_export_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
@@ -129,6 +130,12 @@ int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
                 " needs a display for the editor's colours; on a machine without one run: xvfb-run -a nebro --export ...");
   }
   appearance::LoadFontAliases();
+  if (request.format == "pdf" && exports::IsMarkdownPath(request.input)) {
+    if (text.empty()) return Fail(std::string(exports::kRtfNothingToExport));
+    markdown::MarkdownPageOptions options{request.input, fontName, settings::gSettings.fontSize, settings::gSettings.theme};
+    std::string error;
+    return markdown::WriteMarkdownPdf(text, options, request.output, error) ? 0 : Fail(error);
+  }
   if (request.format == "pdf") {
     const print::PdfExportResult pdf =
         print::ExportPdf(nullptr, std::string(text), print::PageStyleFromSettings(settings::gSettings), request.output);

@@ -18,6 +18,7 @@
 #include "gtk/message_box_gtk.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
+#include "markdown/markdown_pdf_gtk.h"
 #include "markdown/markdown_preview_gtk.h"
 #include "print/pdf_export_gtk.h"
 #include "print/print_job_gtk.h"
@@ -345,14 +346,13 @@ bool ExportPdfOf(GtkWindow* owner, GtkWidget* editor, const std::string& documen
     if (Asked(owner, *offer)) OpenAsPlainTextInViewer(owner, editor);
     return false;
   }
-  if (markdown) {
-    // Rendered Markdown pages need the browser engine's layout, which this version lacks.
-    Tell(owner, kMarkdownPdfNotAvailable);
-    return false;
-  }
   const ExportFormat* row = FindExportFormat(kExportPdf);
+  WidgetWatch editorDuringDialog(editor), ownerDuringDialog(GTK_WIDGET(owner));
   const std::string path = AskExportPath(owner, *row, documentPath);
-  if (path.empty()) return false;
+  // The program may have ended while the dialog was open.
+  if (path.empty() || !editorDuringDialog.get() || (owner && !ownerDuringDialog.get())) return false;
+  // Markdown is printed as the rendered page the HTML export writes.
+  if (markdown) return markdown::ExportMarkdownPdf(owner, editor, documentPath, s, path);
   auto job = std::make_shared<PdfJob>();
   job->text = print::EditorText(editor);
   job->style = print::PageStyleFromSettings(s);

@@ -34,9 +34,6 @@ inline constexpr std::string_view kExportSaveTitle = "Export File - Nebro";
 inline constexpr std::string_view kAllFilesFilter = "All Files";
 
 inline constexpr std::string_view kPdfExportTitle = "Nebro - PDF Export";
-inline constexpr std::string_view kMarkdownPdfNotAvailable =
-    "PDF export of Markdown documents is not available yet.\n\n"
-    "Export the document as HTML, or print it from the browser.";
 
 // "PDF exported successfully.\n\nExport time:  <elapsed>\n\nOpen PDF?"
 std::string PdfDoneQuestion(uint64_t milliseconds);

@@ -137,6 +137,41 @@ TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
   EXPECT_EQ(ReadBytes(keep), "old");
 }
 
+TEST(CommandLineExport, MarkdownPdfPrintsTheRenderedPage) {
+  Dir d;
+  const std::string in = d.Write("guide.md",
+                                 "# Setup Guide\n\n- install the package\n- run it once\n\n| key | value |\n|---|---|\n"
+                                 "| colour | amber |\n\n```\nmake install DESTDIR=/opt\n```\n\nText with **strong** words.\n");
+  const std::string out = d.Path() + "/guide.pdf";
+  std::string output;
+  ASSERT_EQ(Export(d, "pdf", in, out, &output), 0) << output;
+  Child info({"/usr/bin/pdfinfo", out}, {});
+  ASSERT_EQ(info.Wait(30000), 0);
+  EXPECT_TRUE(Contains(info.Output(), "Pages:           1\n")) << info.Output();
+  Child text({"/usr/bin/pdftotext", out, "-"}, {});
+  ASSERT_EQ(text.Wait(30000), 0);
+  for (const char* seen : {"Setup Guide", "install the package", "run it once", "colour", "amber",
+                           "make install DESTDIR=/opt", "Text with strong words."}) {
+    EXPECT_TRUE(Contains(text.Output(), seen)) << seen << " not in:\n" << text.Output();
+  }
+  // The rendered page, not the source.
+  EXPECT_FALSE(Contains(text.Output(), "# Setup")) << text.Output();
+  EXPECT_FALSE(Contains(text.Output(), "**")) << text.Output();
+
+  // A PDF that cannot be written says why and leaves the folder as it was, an existing file
+  // included.
+  const std::string keep = d.Write("keep.pdf", "old");
+  EXPECT_EQ(Export(d, "pdf", in, d.Path() + "/no/such/dir/out.pdf", &output), 1);
+  EXPECT_TRUE(Contains(output, "nebro: Cannot create PDF file.")) << output;
+  EXPECT_EQ(Export(d, "pdf", d.Write("bom.md", "\xEF\xBB\xBF"), keep, &output), 1);
+  EXPECT_TRUE(Contains(output, "nebro: Nothing to export.")) << output;
+  EXPECT_EQ(ReadBytes(keep), "old");
+  std::vector<std::string> files;
+  for (const auto& e : fs::directory_iterator(d.Path())) files.push_back(e.path().filename());
+  std::sort(files.begin(), files.end());
+  EXPECT_EQ(files, (std::vector<std::string>{"bom.md", "cfg", "guide.md", "guide.pdf", "keep.pdf"}));
+}
+
 TEST(CommandLineExport, EmptyDocumentsGiveNoRtfAndNoMarkdownPage) {
   Dir d;
   std::string output;

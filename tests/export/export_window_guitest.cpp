@@ -200,10 +200,42 @@ TEST_F(ExportWindowTest, MarkdownExportAndPreview) {
   EXPECT_EQ(ReadFile(folder + "/notes.html"), page);
   EXPECT_NE(page.find("<ul>\n  <li>one</li>"), std::string::npos);
 
-  // PDF of rendered Markdown is not there yet, and the window says so without a Save dialog.
-  Export({"wait|frame|Nebro - Export", "click|push button@Nebro - Export|Export"});
+  // PDF prints that page: the PDF filter and name in the Save dialog, the completion question,
+  // and a page that holds the heading, the lists, the table's cells (lines of text: the page has
+  // no tables) and the code line, as the command line's does.
+  std::vector<std::string> pdfSteps = ExportSteps(kPdfName, "Portable Document Format - best for printing and sharing",
+                                                  folder + "/notes.pdf");
+  pdfSteps.erase(pdfSteps.begin() + 2);
+  EXPECT_EQ(Export(pdfSteps), "PDF Files\nnotes.pdf\n");
   ASSERT_TRUE(WaitForBoxes(2));
-  EXPECT_EQ(asked[1].text, std::string(exports::kMarkdownPdfNotAvailable));
+  EXPECT_EQ(asked[1].kind, kMbYesNo);
+  EXPECT_EQ(asked[1].title, "Nebro - PDF Export");
+  EXPECT_TRUE(asked[1].text.starts_with("PDF exported successfully.\n\nExport time:  ")) << asked[1].text;
+  EXPECT_TRUE(asked[1].text.ends_with("\n\nOpen PDF?"));
+  Child info({"/usr/bin/pdfinfo", folder + "/notes.pdf"}, {});
+  ASSERT_EQ(info.Wait(30000), 0);
+  EXPECT_NE(info.Output().find("Pages:           1\n"), std::string::npos) << info.Output();
+  const std::string pages = PdfText(folder + "/notes.pdf");
+  for (const char* seen : {"Notes", "one", "two", "1. ", "|1|2|", "int x = 1;", "Some bold, em and code & <more>."}) {
+    EXPECT_NE(pages.find(seen), std::string::npos) << seen << " not in:\n" << pages;
+  }
+  EXPECT_EQ(pages, PdfText(WriteFile("cli-notes.pdf", CommandLine("pdf", md))));
+
+  // Cancel while the page is being printed ends the printing, says nothing and leaves no file,
+  // neither the PDF nor the page it printed.
+  std::vector<std::string> cancelSteps = ExportSteps(kPdfName, "Portable Document Format - best for printing and sharing",
+                                                     folder + "/cancelled.pdf");
+  cancelSteps.erase(cancelSteps.begin() + 2);
+  cancelSteps.insert(cancelSteps.end(), {"wait|label@Nebro - PDF Export|Exporting...",
+                                         "click|push button@Nebro - PDF Export|Cancel"});
+  Export(cancelSteps);
+  ASSERT_TRUE(WaitUntil([] { return ProgressJobsRunning() == 0; }));
+  Pump();
+  EXPECT_EQ(asked.size(), 2u);
+  for (const auto& e : fs::directory_iterator(folder)) {
+    EXPECT_FALSE(e.path().filename().string().find("cancelled") != std::string::npos) << e.path();
+  }
+  EXPECT_TRUE(TempFiles(".html").empty());
 
   // The preview: a temporary page in the data folder, the summary, and, with no browser, the
   // document in the viewer.

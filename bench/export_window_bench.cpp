@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <string>
 
+#include "gap_meter.h"
 #include "app/main_window_gtk.h"
 #include "appearance/current_theme.h"
 #include "common/command_ids.h"
@@ -29,34 +30,12 @@
 #include "settings/settings.h"
 
 using Clock = std::chrono::steady_clock;
+using nebro::bench::GapMeter;
+using nebro::bench::Since;
 using namespace nebro;
 namespace fs = std::filesystem;
 
 namespace {
-
-double Since(Clock::time_point t) { return std::chrono::duration<double>(Clock::now() - t).count(); }
-
-// Notes the longest interval between two runs of a 2 ms timer.
-struct GapMeter {
-  Clock::time_point last = Clock::now();
-  double longest = 0;
-  guint source = 0;
-  void Start() {
-    last = Clock::now();
-    longest = 0;
-    source = g_timeout_add(2, [](gpointer p) -> gboolean {
-      auto* m = static_cast<GapMeter*>(p);
-      const auto now = Clock::now();
-      m->longest = std::max(m->longest, std::chrono::duration<double>(now - m->last).count());
-      m->last = now;
-      return G_SOURCE_CONTINUE;
-    }, this);
-  }
-  double Stop() {
-    g_source_remove(source);
-    return longest;
-  }
-};
 
 struct Completion {
   bool done = false;

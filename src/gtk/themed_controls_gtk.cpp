@@ -124,4 +124,11 @@ void ThemeComboPopup(GtkWidget* combo) {
   if (popup) g_object_unref(popup);
 }
 
+GtkWidget* CreateFieldLabel(const char* mnemonic, GtkWidget* target) {
+  GtkWidget* label = gtk_label_new_with_mnemonic(mnemonic);
+  gtk_label_set_mnemonic_widget(GTK_LABEL(label), target);
+  gtk_label_set_xalign(GTK_LABEL(label), 0);
+  return label;
+}
+
 }  // namespace nebro

@@ -11,6 +11,10 @@ namespace nebro {
 // current theme's button colours; its accessible name is the label without the underscore.
 GtkWidget* CreateThemedButton(const char* mnemonicLabel);
 
+// A left-aligned label whose mnemonic moves the focus to `target` (and names it for screen
+// readers).
+GtkWidget* CreateFieldLabel(const char* mnemonic, GtkWidget* target);
+
 // Gives the controls inside `window` (a themed window) the theme's colours.
 void ThemeDialogControls(GtkWidget* window);
 

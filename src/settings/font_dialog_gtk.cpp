@@ -50,13 +50,6 @@ void Name(GtkWidget* widget, const char* name, const char* accessibleName) {
   if (AtkObject* a11y = gtk_widget_get_accessible(widget)) atk_object_set_name(a11y, accessibleName);
 }
 
-GtkWidget* FieldLabel(const char* mnemonic, GtkWidget* target) {
-  GtkWidget* label = gtk_label_new_with_mnemonic(mnemonic);
-  gtk_label_set_mnemonic_widget(GTK_LABEL(label), target);
-  gtk_label_set_xalign(GTK_LABEL(label), 0);
-  return label;
-}
-
 bool Checked(GtkWidget* check) { return gtk_toggle_button_get_active(GTK_TOGGLE_BUTTON(check)); }
 
 std::string Folded(const std::string& text) {
@@ -269,7 +262,7 @@ void ShowFontDialog(GtkWindow* owner, GtkWidget* editor, GtkWidget* margin, std:
   gtk_widget_set_name(d->monospaceOnly, "FontMonospaceOnly");
   g_signal_connect_swapped(d->monospaceOnly, "toggled", G_CALLBACK(Refilter), d);
   GtkWidget* searchRow = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
-  gtk_box_pack_start(GTK_BOX(searchRow), FieldLabel("_Search:", d->search), FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(searchRow), CreateFieldLabel("_Search:", d->search), FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(searchRow), d->search, TRUE, TRUE, 0);
   gtk_box_pack_start(GTK_BOX(searchRow), d->monospaceOnly, FALSE, FALSE, 0);
   gtk_grid_attach(GTK_GRID(grid), searchRow, 0, 0, 2, 1);
@@ -294,7 +287,7 @@ void ShowFontDialog(GtkWindow* owner, GtkWidget* editor, GtkWidget* margin, std:
   gtk_widget_set_vexpand(scroller, TRUE);
   gtk_container_add(GTK_CONTAINER(scroller), d->faces);
   GtkWidget* faceColumn = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
-  gtk_box_pack_start(GTK_BOX(faceColumn), FieldLabel("F_ace:", d->faces), FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(faceColumn), CreateFieldLabel("F_ace:", d->faces), FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(faceColumn), scroller, TRUE, TRUE, 0);
   gtk_grid_attach(GTK_GRID(grid), faceColumn, 0, 1, 1, 1);
 
@@ -319,7 +312,7 @@ void ShowFontDialog(GtkWindow* owner, GtkWidget* editor, GtkWidget* margin, std:
   GtkWidget* sizeColumn = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
   GtkWidget* sizeHint = gtk_label_new("(1 - 144)");
   gtk_label_set_xalign(GTK_LABEL(sizeHint), 0);
-  gtk_box_pack_start(GTK_BOX(sizeColumn), FieldLabel("Si_ze:", sizeEntry), FALSE, FALSE, 0);
+  gtk_box_pack_start(GTK_BOX(sizeColumn), CreateFieldLabel("Si_ze:", sizeEntry), FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(sizeColumn), d->size, FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(sizeColumn), sizeHint, FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(sizeColumn), d->bold, FALSE, FALSE, 8);

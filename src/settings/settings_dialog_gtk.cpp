@@ -47,14 +47,6 @@ void Name(GtkWidget* widget, int id, const char* accessibleName = nullptr) {
   }
 }
 
-// A label that moves the focus to `target` with its mnemonic.
-GtkWidget* FieldLabel(const char* mnemonic, GtkWidget* target) {
-  GtkWidget* label = gtk_label_new_with_mnemonic(mnemonic);
-  gtk_label_set_mnemonic_widget(GTK_LABEL(label), target);
-  gtk_label_set_xalign(GTK_LABEL(label), 0);
-  return label;
-}
-
 GtkWidget* Check(const char* mnemonic, int id, bool active) {
   GtkWidget* check = gtk_check_button_new_with_mnemonic(mnemonic);
   Name(check, id);
@@ -205,7 +197,7 @@ void ShowSettingsDialog(const SettingsDialogTarget& target) {
     gtk_combo_box_text_append(GTK_COMBO_BOX_TEXT(d->theme), std::to_string(id).c_str(), appearance::ThemeName(id));
   }
   gtk_combo_box_set_active(GTK_COMBO_BOX(d->theme), s.theme < appearance::kThemeCount ? static_cast<int>(s.theme) : 0);
-  gtk_grid_attach(GTK_GRID(grid), FieldLabel("_Theme:", d->theme), 0, row, 1, 1);
+  gtk_grid_attach(GTK_GRID(grid), CreateFieldLabel("_Theme:", d->theme), 0, row, 1, 1);
   gtk_grid_attach(GTK_GRID(grid), d->theme, 1, row++, 2, 1);
 
   d->transparency = gtk_entry_new();
@@ -221,7 +213,7 @@ void ShowSettingsDialog(const SettingsDialogTarget& target) {
   GtkWidget* transparencyRow = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 10);
   gtk_box_pack_start(GTK_BOX(transparencyRow), d->transparency, FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(transparencyRow), hint, FALSE, FALSE, 0);
-  gtk_grid_attach(GTK_GRID(grid), FieldLabel("T_ransparency:", d->transparency), 0, row, 1, 1);
+  gtk_grid_attach(GTK_GRID(grid), CreateFieldLabel("T_ransparency:", d->transparency), 0, row, 1, 1);
   gtk_grid_attach(GTK_GRID(grid), transparencyRow, 1, row++, 2, 1);
 
   GtkWidget* selectFont = CreateThemedButton("Select _Font...");
@@ -253,7 +245,7 @@ void ShowSettingsDialog(const SettingsDialogTarget& target) {
   g_signal_connect(d->autoSave, "toggled", G_CALLBACK(+[](GtkToggleButton* check, Dialog* d) {
     gtk_widget_set_sensitive(d->interval, gtk_toggle_button_get_active(check));
   }), d);
-  GtkWidget* intervalLabel = FieldLabel("_Interval:", d->interval);
+  GtkWidget* intervalLabel = CreateFieldLabel("_Interval:", d->interval);
   gtk_box_pack_start(GTK_BOX(autoSaveRow), d->autoSave, FALSE, FALSE, 0);
   gtk_box_pack_start(GTK_BOX(autoSaveRow), intervalLabel, FALSE, FALSE, 12);
   gtk_box_pack_start(GTK_BOX(autoSaveRow), d->interval, FALSE, FALSE, 0);

@@ -17,7 +17,4 @@ trap 'rm -rf "$tmp_home"' EXIT
 export XDG_CONFIG_HOME="$tmp_home/config" HOME="$tmp_home" LC_ALL=C.UTF-8 NO_AT_BRIDGE=1 GSETTINGS_BACKEND=memory
 export UBSAN_OPTIONS=print_stacktrace=1
 ASAN_OPTIONS=detect_leaks=1 ctest --output-on-failure --parallel "$(nproc)" -L unit
-# Left out: in this build the Regex Search window's long-running search never shows
-# "Searching..." to the cancel test, which passes in the ordinary build; not understood yet.
-ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure --parallel "$(nproc)" -L gui \
-  -E 'RegexSearchTest.CancelANewSearchAndClosingWhileASearchRuns'
+ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure --parallel "$(nproc)" -L gui

@@ -251,7 +251,8 @@ TEST_F(RegexSearchTest, CancelANewSearchAndClosingWhileASearchRuns) {
   // No match, and quadratic work in one long line: minutes of searching unless stopped.
   SetText(std::string(3000000, 'a') + "\n");
   // A run that does not stop within the 2 s a new search or closing waits is left to end by itself
-  // once it sees the cancel: the thread count is waited for, not read at once.
+  // once it sees the cancel: the thread count is waited for, not read at once. (Threads of the
+  // process that ended meanwhile, such as a memory trim after the text was set, may lower it.)
   const int threadsBefore = Threads();
   Open();
   // The status line's "Searching..." may already be overwritten by the run's progress when a
@@ -261,7 +262,7 @@ TEST_F(RegexSearchTest, CancelANewSearchAndClosingWhileASearchRuns) {
   Steps({"click|push button|Cancel"});
   ASSERT_TRUE(WaitUntil([] { return !search::RegexRunActive(); }));
   EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(Control(search::kRegexStatusText))), "Found 0 matches.");
-  EXPECT_TRUE(WaitUntil([&] { return Threads() == threadsBefore; })) << Threads() << " threads";
+  EXPECT_TRUE(WaitUntil([&] { return Threads() <= threadsBefore; })) << Threads() << " threads";
   Steps({"state|push button|Cancel"});
   EXPECT_FALSE(gtk_widget_get_sensitive(Control(search::kRegexCancelButton)));
 
@@ -274,14 +275,14 @@ TEST_F(RegexSearchTest, CancelANewSearchAndClosingWhileASearchRuns) {
   Steps({"click|push button|Cancel"});
   ASSERT_TRUE(WaitUntil([] { return !search::RegexRunActive(); }));
   EXPECT_STREQ(gtk_label_get_text(GTK_LABEL(Control(search::kRegexStatusText))), "Found 0 matches.");
-  EXPECT_TRUE(WaitUntil([&] { return Threads() == threadsBefore; })) << Threads() << " threads";
+  EXPECT_TRUE(WaitUntil([&] { return Threads() <= threadsBefore; })) << Threads() << " threads";
 
   // Closing the window while a search runs stops it.
   Steps({"click|push button|Find All"});
   EXPECT_TRUE(WaitUntil([] { return search::RegexRunActive(); }));
   Steps({"click|push button|Close", "gone|frame|Regex Search - Nebro"});
   EXPECT_FALSE(search::RegexRunActive());
-  EXPECT_TRUE(WaitUntil([&] { return Threads() == threadsBefore; })) << Threads() << " threads";
+  EXPECT_TRUE(WaitUntil([&] { return Threads() <= threadsBefore; })) << Threads() << " threads";
 
   // And so does closing the editor.
   Open();
@@ -291,7 +292,7 @@ TEST_F(RegexSearchTest, CancelANewSearchAndClosingWhileASearchRuns) {
   Pump();
   EXPECT_FALSE(search::RegexRunActive());
   EXPECT_EQ(FindWindow(search::kRegexWindowName), nullptr);
-  EXPECT_TRUE(WaitUntil([&] { return Threads() == threadsBefore; })) << Threads() << " threads";
+  EXPECT_TRUE(WaitUntil([&] { return Threads() <= threadsBefore; })) << Threads() << " threads";
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "gtk/file_chooser_gtk.h"
 #include "gtk/message_box.h"
 #include "gtk/message_box_gtk.h"
+#include "gtk/object_ptr_gtk.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
 #include "markdown/markdown_pdf_gtk.h"
@@ -34,22 +35,6 @@ const std::string kExportTitle(kExportMessageTitle);
 
 // A widget that may be destroyed while an export runs (the program ending): reads as null
 // once it is gone.
-class WidgetWatch {
- public:
-  explicit WidgetWatch(GtkWidget* widget) : widget_(widget) {
-    if (widget_) g_object_add_weak_pointer(G_OBJECT(widget_), reinterpret_cast<gpointer*>(&widget_));
-  }
-  WidgetWatch(const WidgetWatch&) = delete;
-  WidgetWatch& operator=(const WidgetWatch&) = delete;
-  ~WidgetWatch() {
-    if (widget_) g_object_remove_weak_pointer(G_OBJECT(widget_), reinterpret_cast<gpointer*>(&widget_));
-  }
-  GtkWidget* get() const { return widget_; }
-  GtkWindow* window() const { return widget_ ? GTK_WINDOW(widget_) : nullptr; }
-
- private:
-  GtkWidget* widget_;
-};
 using Watch = std::shared_ptr<WidgetWatch>;
 
 uint64_t NowMs() { return static_cast<uint64_t>(g_get_monotonic_time() / 1000); }

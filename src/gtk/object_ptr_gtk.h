@@ -29,4 +29,23 @@ struct FontDescriptionFree {
 };
 using FontDescriptionPtr = std::unique_ptr<PangoFontDescription, FontDescriptionFree>;
 
+// A widget looked at later (when a worker has ended) that may have been destroyed meanwhile:
+// get() is null once it is gone.
+class WidgetWatch {
+ public:
+  explicit WidgetWatch(GtkWidget* widget) : widget_(widget) {
+    if (widget_) g_object_add_weak_pointer(G_OBJECT(widget_), reinterpret_cast<gpointer*>(&widget_));
+  }
+  WidgetWatch(const WidgetWatch&) = delete;
+  WidgetWatch& operator=(const WidgetWatch&) = delete;
+  ~WidgetWatch() {
+    if (widget_) g_object_remove_weak_pointer(G_OBJECT(widget_), reinterpret_cast<gpointer*>(&widget_));
+  }
+  GtkWidget* get() const { return widget_; }
+  GtkWindow* window() const { return widget_ ? GTK_WINDOW(widget_) : nullptr; }
+
+ private:
+  GtkWidget* widget_;
+};
+
 }  // namespace nebro

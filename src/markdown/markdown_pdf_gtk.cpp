@@ -21,6 +21,7 @@
 #include "export/export_rules.h"
 #include "gtk/message_box.h"
 #include "gtk/message_box_gtk.h"
+#include "gtk/object_ptr_gtk.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
 #include "print/print_job_gtk.h"
@@ -250,16 +251,13 @@ bool ExportMarkdownPdf(GtkWindow* owner, GtkWidget* editor, const std::string& d
   options.name = "NebroPdfExportProgress";
   options.cancellable = true;
   options.cancellingText = std::string(exports::kStatusCancelling);
-  GtkWidget* ownerWidget = owner ? GTK_WIDGET(owner) : nullptr;
-  auto ownerAlive = std::make_shared<GtkWidget*>(ownerWidget);
-  if (ownerWidget) g_object_add_weak_pointer(G_OBJECT(ownerWidget), reinterpret_cast<gpointer*>(ownerAlive.get()));
+  const bool hadOwner = owner != nullptr;
+  auto ownerWatch = std::make_shared<WidgetWatch>(owner ? GTK_WIDGET(owner) : nullptr);
   RunWithProgress(
       options, [job](ProgressReporter& reporter) { RunMarkdownPdfWorker(*job, reporter); },
-      [job, ownerAlive, ownerWidget](bool cancelled) {
-        GtkWidget* alive = *ownerAlive;
-        if (alive) g_object_remove_weak_pointer(G_OBJECT(alive), reinterpret_cast<gpointer*>(ownerAlive.get()));
-        if (cancelled || (ownerWidget && !alive)) return;
-        GtkWindow* owner = alive ? GTK_WINDOW(alive) : nullptr;
+      [job, ownerWatch, hadOwner](bool cancelled) {
+        GtkWindow* owner = ownerWatch->window();
+        if (cancelled || (hadOwner && !owner)) return;
         if (!job->ok) {
           if (!job->error.empty()) ShowMessageBox(owner, kMbOk, job->error, std::string(exports::kPdfExportTitle));
           return;

@@ -14,6 +14,7 @@
 #include "export/export_rules.h"
 #include "gtk/message_box.h"
 #include "gtk/message_box_gtk.h"
+#include "gtk/object_ptr_gtk.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
 #include "markdown/markdown_html.h"
@@ -134,16 +135,13 @@ bool ExportMarkdown(GtkWindow* owner, GtkWidget* editor, const std::string& docu
   options.name = "NebroMarkdownProgress";
   options.cancellable = true;
   options.cancellingText = std::string(exports::kStatusCancelling);
-  GtkWidget* ownerWidget = owner ? GTK_WIDGET(owner) : nullptr;
-  auto ownerAlive = std::make_shared<GtkWidget*>(ownerWidget);
-  if (ownerWidget) g_object_add_weak_pointer(G_OBJECT(ownerWidget), reinterpret_cast<gpointer*>(ownerAlive.get()));
+  const bool hadOwner = owner != nullptr;
+  auto ownerWatch = std::make_shared<WidgetWatch>(owner ? GTK_WIDGET(owner) : nullptr);
   RunWithProgress(
       options, [job](ProgressReporter& reporter) { RunMarkdownWorker(*job, reporter); },
-      [job, ownerAlive, ownerWidget, documentPath, path](bool cancelled) {
-        GtkWidget* alive = *ownerAlive;
-        if (alive) g_object_remove_weak_pointer(G_OBJECT(alive), reinterpret_cast<gpointer*>(ownerAlive.get()));
-        if (cancelled || !job->ok || (ownerWidget && !alive)) return;
-        GtkWindow* owner = alive ? GTK_WINDOW(alive) : nullptr;
+      [job, ownerWatch, hadOwner, documentPath, path](bool cancelled) {
+        GtkWindow* owner = ownerWatch->window();
+        if (cancelled || !job->ok || (hadOwner && !owner)) return;
         const std::string elapsed = exports::ElapsedTimeText(NowMs() - job->started);
         if (job->preview) {
           ShowMessageBox(owner, kMbOk,

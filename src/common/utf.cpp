@@ -1,5 +1,9 @@
 #include "common/utf.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace nebro {
 
 void AppendUtf8(std::string& out, char32_t c) {
@@ -58,21 +62,43 @@ char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length) {
 }
 
 std::u16string Utf8ToUtf16(std::string_view in) {
-  std::u16string out;
-  out.reserve(in.size());
+  // A text never has more UTF-16 units than UTF-8 bytes, so the units are written into a string
+  // of that size and it is cut to what was written.
+  std::u16string out(in.size(), u'\0');
+  char16_t* o = out.data();
   const auto* s = reinterpret_cast<const unsigned char*>(in.data());
   const size_t n = in.size();
   size_t i = 0;
   while (i < n) {
+#if defined(__SSE2__)
+    // Runs of ASCII, the common case, go sixteen bytes at a time.
+    while (i + 16 <= n) {
+      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+      if (_mm_movemask_epi8(bytes) != 0) break;
+      const __m128i zero = _mm_setzero_si128();
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(o), _mm_unpacklo_epi8(bytes, zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(o + 8), _mm_unpackhi_epi8(bytes, zero));
+      i += 16;
+      o += 16;
+    }
+    if (i >= n) break;
+#endif
     if (s[i] < 0x80) {
-      // Runs of ASCII are the common case; keep the loop tight for them.
-      out.push_back(s[i++]);
+      *o++ = s[i++];
       continue;
     }
     size_t len;
-    AppendUtf16(out, DecodeUtf8At(in, i, &len));
+    char32_t c = DecodeUtf8At(in, i, &len);
     i += len;
+    if (c >= 0x10000) {
+      c -= 0x10000;
+      *o++ = static_cast<char16_t>(0xD800 + (c >> 10));
+      *o++ = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+    } else {
+      *o++ = static_cast<char16_t>(c);
+    }
   }
+  out.resize(static_cast<size_t>(o - out.data()));
   return out;
 }
 

@@ -464,7 +464,8 @@ RegexBatch FindBatch(std::u16string_view text, Regex& regex, uint64_t& cursor, u
   if (cursor >= length) return batch;
   batch.matches.reserve(static_cast<size_t>(std::min<uint64_t>(want, 4096)));
   size_t pos = OnCharacter(subject, static_cast<size_t>(cursor));
-  const size_t batchStart = pos;
+  const size_t batchStart =
+      context.batchStart >= 0 ? OnCharacter(subject, std::min<size_t>(static_cast<size_t>(context.batchStart), length)) : pos;
   while (batch.matches.size() < want) {
     if (pos >= length) break;
     if (cancel && cancel->load()) {

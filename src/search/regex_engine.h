@@ -79,6 +79,9 @@ struct FindBatchContext {
   std::u16string repairedText;
   int64_t linePos = 0;
   int64_t lineNumber = 1;
+  // Set by a caller that collects one batch in several calls: where the batch began, the one
+  // place an empty match is stepped over. Unset (-1), each call is a batch of its own.
+  int64_t batchStart = -1;
 };
 
 struct RegexBatch {

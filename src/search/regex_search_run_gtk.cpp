@@ -28,7 +28,6 @@ struct Run {
   std::condition_variable changed;
   bool abandoned = false;  // the window stopped waiting for this run
   bool finished = false;   // the worker is past its last use of the shared state
-  bool batchTaken = false;
   std::thread thread;
 };
 
@@ -72,18 +71,10 @@ void Work(std::shared_ptr<Run> run, RegexSearchRequest request, RegexSearchState
     }
     Post(run, [utf8 = Utf16ToUtf8(text), fraction](Run& r) { r.reports.status(utf8, fraction); });
   };
+  // Parts of the results go to the list as they are found; the worker does not wait for them.
   hooks.batch = [run](std::vector<RegexMatch> matches) {
-    std::unique_lock<std::mutex> lock(run->mutex);
-    if (run->abandoned) return;
-    run->batchTaken = false;
     auto holder = std::make_shared<std::vector<RegexMatch>>(std::move(matches));
-    Post(run, [holder](Run& r) {
-      r.reports.batch(std::move(*holder));
-      std::lock_guard<std::mutex> l(r.mutex);
-      r.batchTaken = true;
-      r.changed.notify_all();
-    });
-    run->changed.wait(lock, [&] { return run->batchTaken || run->abandoned; });
+    Post(run, [holder](Run& r) { r.reports.batch(std::move(*holder)); });
   };
   const RegexCompletion completion = RunRegexSearch(request, *state, hooks);
   {

@@ -11,6 +11,9 @@ namespace {
 
 // Documents longer than this many UTF-16 units get a notice before the search starts.
 constexpr uint64_t kLargeDocumentUnits = 0xA00000;
+// A batch is collected in parts of at most this many matches, each handed on as it is found, so the
+// list fills while the search goes on.
+constexpr uint64_t kPartMatches = 16384;
 // The dialog's status buffer holds 256 units with the terminator.
 constexpr size_t kStatusMaxUnits = 255;
 
@@ -97,6 +100,8 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
     std::lock_guard<std::mutex> lock(state.regexMutex);
     total = state.totalMatches;
   }
+  // Every match of this run carries the run's batch number.
+  const uint64_t batchNumber = batchSize == 0 ? 1 : total / batchSize + 1;
   uint64_t foundThisRun = 0;
   bool complete = false;
   bool cancelled = false;
@@ -105,6 +110,11 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
   context.cancel = &state.cancelRequested;
   context.wellFormed = true;  // the document copy comes from Utf8ToUtf16
 
+  {
+    std::lock_guard<std::mutex> lock(state.regexMutex);
+    context.batchStart = static_cast<int64_t>(state.cursor);
+  }
+
   try {
     if (!state.cancelRequested.load()) {
       for (;;) {
@@ -112,6 +122,7 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
         if (foundThisRun >= batchSize) break;
         uint64_t want = batchSize - foundThisRun;
         if (maxMatches != 0) want = std::min(want, maxMatches - total);
+        want = std::min(want, kPartMatches);
 
         RegexBatch batch;
         {
@@ -129,7 +140,6 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
           break;
         }
         const uint64_t size = batch.matches.size();
-        const uint64_t batchNumber = total / batchSize + 1;
         {
           std::lock_guard<std::mutex> lock(state.regexMutex);
           state.results.insert(state.results.end(), batch.matches.begin(), batch.matches.end());

@@ -10,6 +10,14 @@ TEST(Utf, RoundTripsEveryPlane) {
   const std::u16string wide = Utf8ToUtf16(text);
   EXPECT_EQ(wide, u"a\u00E9\u20AC\U0001F600z");
   EXPECT_EQ(Utf16ToUtf8(wide), text);
+  // ASCII runs of every length around the sixteen-byte steps, between other characters.
+  std::string mixed;
+  std::u16string expected;
+  for (int run = 0; run < 40; ++run) {
+    mixed += std::string(static_cast<size_t>(run), 'a' + run % 26) + text;
+    expected += std::u16string(static_cast<size_t>(run), u'a' + run % 26) + wide;
+  }
+  EXPECT_EQ(Utf8ToUtf16(mixed), expected);
 }
 
 TEST(Utf, EachInvalidByteBecomesOneReplacement) {

@@ -297,6 +297,26 @@ TEST(RegexWorker, CapsBatchSizesCancelAndOptions) {
   }
 }
 
+// A batch larger than the parts the worker hands on as it goes: the same matches, the repeated
+// empty ones included, as one engine call collecting the whole batch, all numbered batch 1.
+TEST(RegexWorker, ABatchHandedOnInPartsIsTheWholeBatch) {
+  TempFolder folder;
+  Recorder recorder;
+  const std::string document = std::string(30000, 'a') + " " + std::string(30000, 'b');
+  const std::u16string text(document.begin(), document.end());
+  for (const std::u16string& pattern : {std::u16string(u"x*"), std::u16string(u"\\w")}) {
+    RegexSearchState state;
+    recorder.batches.clear();
+    RegexSearchRequest request = Request(pattern, document, 50000, 0);
+    RunRegexSearch(request, state, recorder.Hooks(folder.Path()));
+    uint64_t cursor = 0;
+    FindBatchContext context;
+    EXPECT_EQ(state.results, FindBatch(text, *BuildRegex(pattern, true, false), cursor, 50000, context).matches);
+    EXPECT_GT(recorder.batches.size(), 2u);
+    EXPECT_EQ(ReadBytes(state.log.resultsPath).find("[2]"), std::string::npos);
+  }
+}
+
 // (The progress texts are seen in the events of FindAllFindMoreToTheEndWithResultsFile.)
 TEST(RegexWorker, LargeDocumentsAndRunawayPatterns) {
   TempFolder folder;

@@ -4,7 +4,7 @@
 #include <pcre2.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -31,15 +31,24 @@ constexpr uint32_t kHeapLimitKiB = 256 * 1024;  // the interpreter's backtrackin
 // LF that follows it, where ECMAScript does find one (`\B`, or an empty match, there).
 constexpr std::u16string_view kPatternPrefix = u"\\r{0}";
 
-// A cancellable search tries its start positions in windows and reads the cancel flag between
-// them. Every search begins with a small window, which doubles while windows take under a
-// millisecond and halves when one takes longer than a few: a fast pattern soon runs in long
-// windows at no cost, a crawling one (quadratic in a long run of text) stays responsive.
+// A cancellable search tries its start positions in windows (the engine's offset limit) and reads
+// the cancel flag between them. Windows begin small and double while they take under a
+// millisecond, up to a size whose worst case stays short when the text turns expensive. Once a
+// window is slow the rest of the search runs as one call of a second compilation that calls out
+// after every failed start, where the flag is read: many short windows would each repeat work a
+// single call does once (a leading `\w*` rescanning a long line), and a call out at the start
+// would turn off the engine's own shortcuts for such patterns.
 constexpr size_t kWindowFirst = 64;
-constexpr size_t kWindowMin = 16;
-constexpr size_t kWindowMax = 16 * 1024 * 1024;
-constexpr auto kWindowFast = std::chrono::microseconds(1000);
-constexpr auto kWindowSlow = std::chrono::microseconds(8000);
+constexpr size_t kWindowMax = 4096;
+constexpr int64_t kWindowFastNs = 1'000'000;
+constexpr int64_t kWindowSlowNs = 8'000'000;
+
+// Processor time of the calling thread: a window the system paused is not a slow window.
+int64_t ThreadNanoseconds() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
+}
 
 bool IsHighSurrogate(char16_t c) { return c >= 0xD800 && c <= 0xDBFF; }
 bool IsLowSurrogate(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
@@ -48,6 +57,7 @@ bool IsLowSurrogate(char16_t c) { return c >= 0xDC00 && c <= 0xDFFF; }
 
 struct Regex {
   pcre2_code* code = nullptr;
+  pcre2_code* watched = nullptr;  // the same expression, reading a cancel flag after failed starts
   pcre2_match_data* data = nullptr;
   pcre2_match_context* context = nullptr;
   pcre2_jit_stack* stack = nullptr;
@@ -67,6 +77,7 @@ struct Regex {
     if (context) pcre2_match_context_free(context);
     if (data) pcre2_match_data_free(data);
     if (code) pcre2_code_free(code);
+    if (watched) pcre2_code_free(watched);
   }
 };
 
@@ -84,12 +95,14 @@ Outcome OutcomeOf(int rc) {
   return Outcome::TooComplex;
 }
 
-int Engine(Regex& regex, const char16_t* subject, size_t length, size_t offset, uint32_t options) {
+int Engine(Regex& regex, const char16_t* subject, size_t length, size_t offset, uint32_t options,
+           const pcre2_code* code = nullptr) {
+  if (!code) code = regex.code;
   const auto* units = reinterpret_cast<PCRE2_SPTR>(subject);
   const int rc =
       regex.jit && options == 0
-          ? pcre2_jit_match(regex.code, units, length, offset, 0, regex.data, regex.context)
-          : pcre2_match(regex.code, units, length, offset, options | PCRE2_NO_UTF_CHECK, regex.data,
+          ? pcre2_jit_match(code, units, length, offset, 0, regex.data, regex.context)
+          : pcre2_match(code, units, length, offset, options | PCRE2_NO_UTF_CHECK, regex.data,
                         regex.context);
   if (rc >= 0) {
     const PCRE2_SIZE* ovector = pcre2_get_ovector_pointer(regex.data);
@@ -97,6 +110,10 @@ int Engine(Regex& regex, const char16_t* subject, size_t length, size_t offset, 
     regex.foundEnd = ovector[1];
   }
   return rc;
+}
+
+int CancelCallout(pcre2_callout_block*, void* flag) {
+  return static_cast<const std::atomic<bool>*>(flag)->load(std::memory_order_relaxed) ? PCRE2_ERROR_CALLOUT : 0;
 }
 
 // The first occurrence of `literal` in s[from, n), or n. Eight positions at a time are tested on
@@ -190,8 +207,8 @@ std::pair<size_t, size_t> FindAlternative(const char16_t* s, size_t n, size_t fr
 
 // One search of subject[0, length) from `offset`, with the result a single engine call gives; the
 // match's span is left in regex.foundStart/foundEnd. The subject must be well-formed UTF-16 and
-// `offset` must not lie inside a surrogate pair. With a cancel flag the start positions are tried
-// window by window (the engine's offset limit), and the flag is read between windows.
+// `offset` must not lie inside a surrogate pair. With a cancel flag the flag is read between
+// windows of start positions and, once they turn slow, after every failed start.
 Outcome Search(Regex& regex, const char16_t* subject, size_t length, size_t offset,
                uint32_t options, const std::atomic<bool>* cancel) {
   if (!regex.literal.empty() && options == 0) {
@@ -219,21 +236,22 @@ Outcome Search(Regex& regex, const char16_t* subject, size_t length, size_t offs
     const size_t limit = from + window;
     if (!last) pcre2_set_offset_limit(regex.context, limit);
     // The first window is too short to need timing (most searches end in it).
-    const auto started =
-        first ? std::chrono::steady_clock::time_point() : std::chrono::steady_clock::now();
+    const int64_t started = first ? 0 : ThreadNanoseconds();
     const int rc = Engine(regex, subject, length, from, options);
     if (!last) pcre2_set_offset_limit(regex.context, PCRE2_UNSET);
     if (last || rc != PCRE2_ERROR_NOMATCH) return OutcomeOf(rc);
-    if (first) {
-      window *= 2;
-    } else {
-      const auto took = std::chrono::steady_clock::now() - started;
-      if (took < kWindowFast && window < kWindowMax) window *= 2;
-      if (took > kWindowSlow && window > kWindowMin) window /= 2;
-    }
     from = limit + 1;  // the window tried every start up to and including `limit`
     if (from < length && (subject[from] & 0xFC00) == 0xDC00) ++from;  // inside a pair
     if (from > length) return Outcome::NoMatch;
+    const int64_t took = first ? 0 : ThreadNanoseconds() - started;
+    const bool slow = took > kWindowSlowNs;
+    if (slow && regex.watched) {
+      pcre2_set_callout(regex.context, CancelCallout, const_cast<std::atomic<bool>*>(cancel));
+      const int watchedRc = Engine(regex, subject, length, from, options, regex.watched);
+      pcre2_set_callout(regex.context, nullptr, nullptr);
+      return watchedRc == PCRE2_ERROR_CALLOUT ? Outcome::Cancelled : OutcomeOf(watchedRc);
+    }
+    if (took < kWindowFastNs && window < kWindowMax) window *= 2;
   }
 }
 
@@ -388,6 +406,13 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
   pcre2_code* code =
       pcre2_compile(reinterpret_cast<PCRE2_SPTR>(expression.data()), expression.size(), options,
                     &errorCode, &errorOffset, compileContext);
+  pcre2_code* watched = nullptr;
+  if (code) {
+    // The expression's structure is unchanged: the group opened here closes only where it ends.
+    const std::u16string watchedExpression = u"(?:" + expression + u")|(?C1)(*FAIL)";
+    watched = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(watchedExpression.data()), watchedExpression.size(),
+                            options, &errorCode, &errorOffset, compileContext);
+  }
   pcre2_compile_context_free(compileContext);
   if (!code) {
     if (error) {
@@ -401,6 +426,7 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
 
   RegexPtr regex(new Regex);
   regex->code = code;
+  regex->watched = watched;  // without it (a `\Q` left open) the windows go on when slow
   if (matchCase && !wholeWord && !pattern.empty() &&
       pattern.find_first_of(u"\\^$.?*+()[]{}") == std::u16string_view::npos) {
     if (pattern.find(u'|') == std::u16string_view::npos) {
@@ -429,7 +455,8 @@ RegexPtr BuildRegex(std::u16string_view pattern, bool matchCase, bool wholeWord,
   pcre2_set_heap_limit(regex->context, kHeapLimitKiB);
   // Without the JIT (a system that forbids executable memory) the interpreter does the same job,
   // more slowly.
-  if (pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0) {
+  if (pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0 &&
+      (!watched || pcre2_jit_compile(watched, PCRE2_JIT_COMPLETE) == 0)) {
     regex->stack = pcre2_jit_stack_create(kJitStackStart, kJitStackMax, nullptr);
     if (regex->stack) {
       pcre2_jit_stack_assign(regex->context, nullptr, regex->stack);

@@ -58,6 +58,21 @@ TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
   EXPECT_TRUE(gMain.doc.modified);
   EXPECT_EQ(Title(), "Nebro - a.txt *");
   EXPECT_EQ(Text(), "old text and more");
+
+  // A disk that fails while the text is written or flushed: the same, and the file is as it was.
+  fs::create_directory(folder + "/disk");
+  ASSERT_TRUE(LoadDocument(WriteFile("disk/b.txt", "old text")));
+  Type(" and more");
+  for (const char* failing : {test::kFailWrites, test::kFailFlushes}) {
+    test::FailingDisk disk(failing, folder + "/disk/");
+    ASSERT_TRUE(DispatchCommand(kCmdSave));
+    EXPECT_EQ(asked.back().text, "Cannot save file.\nThe disk reported an input/output error");
+    EXPECT_EQ(Title(), "Nebro - b.txt *");
+    EXPECT_TRUE(gMain.doc.modified);
+    EXPECT_EQ(ReadFile(folder + "/disk/b.txt"), "old text");
+    EXPECT_TRUE(test::OnlyNames(folder + "/disk", {"b.txt"}));
+  }
+  EXPECT_EQ(asked.size(), 3u);
 }
 
 TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {

@@ -175,6 +175,25 @@ TEST(FileSave, ReadOnlyTargetsAreReportedAndUntouched) {
   EXPECT_EQ(ReadBytes(folder / "src/a.txt"), "on disk");
 }
 
+TEST(FileSave, DiskErrorsLoseNothing) {
+  // The disk fails while the new text is written, or while it is flushed to disk.
+  TempFolder folder;
+  const std::string path = folder / "doc.txt";
+  const std::string original(64 * 1024, 'o'), changed(256 * 1024, 'n');
+  for (const char* failing : {kFailWrites, kFailFlushes}) {
+    WriteBytes(path, original);
+    LoadResult loaded = LoadDocumentFile(path, kNoLimit);
+    Lock lock{loaded.lock.Release()};
+    const int before = lock.fd;
+    FailingDisk disk(failing, folder.Path() + "/");
+    const SaveResult r = Save(path, changed, TextEncoding::Utf8, lock.fd);
+    EXPECT_EQ(r.error, SaveError::IoError) << r.detail;
+    EXPECT_TRUE(ReadBytes(path) == original);
+    EXPECT_TRUE(OnlyNames(folder.Path(), {"doc.txt"}));  // the new file is gone again
+    EXPECT_EQ(lock.fd, before);
+  }
+}
+
 TEST(FileSave, FolderProblems) {
   TempFolder folder;
   int lockFd = -1;

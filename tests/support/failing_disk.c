@@ -1,0 +1,65 @@
+// A disk that fails: writes and flushes of chosen files end in EIO, as on a dying drive or a
+// network share that went away. Linked into the test programs ahead of the C library, the write,
+// pwrite, fsync and fdatasync here stand in front of the system's for the whole process (the
+// editor's code is not changed for the tests). They pass everything through unless
+// NEBRO_FAIL_WRITES or NEBRO_FAIL_FLUSHES names a path prefix that the descriptor's file lies
+// under. A failing write that starts a file first stores half its bytes, so the failure comes
+// with part of the content already on disk.
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+static int Fails(const char* variable, int fd) {
+  const char* prefix = getenv(variable);
+  if (prefix == NULL || *prefix == '\0') return 0;
+  char link[64], path[4096];
+  snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
+  const ssize_t n = readlink(link, path, sizeof path - 1);
+  if (n < 0) return 0;
+  path[n] = '\0';
+  return strncmp(path, prefix, strlen(prefix)) == 0;
+}
+
+static void* Next(const char* name) { return dlsym(RTLD_NEXT, name); }
+
+// How much of a write of `count` bytes at `offset` goes through: half of the first one, else none.
+static size_t Passes(size_t count, off_t offset) { return offset == 0 && count > 1 ? count / 2 : 0; }
+
+ssize_t write(int fd, const void* data, size_t count) {
+  static ssize_t (*next)(int, const void*, size_t);
+  if (next == NULL) next = (ssize_t(*)(int, const void*, size_t))Next("write");
+  if (Fails("NEBRO_FAIL_WRITES", fd)) {
+    count = Passes(count, lseek(fd, 0, SEEK_CUR));
+    if (count == 0) return errno = EIO, -1;
+  }
+  return next(fd, data, count);
+}
+
+static ssize_t WriteAt(const char* name, int fd, const void* data, size_t count, off_t offset) {
+  ssize_t (*next)(int, const void*, size_t, off_t) = (ssize_t(*)(int, const void*, size_t, off_t))Next(name);
+  if (Fails("NEBRO_FAIL_WRITES", fd)) {
+    count = Passes(count, offset);
+    if (count == 0) return errno = EIO, -1;
+  }
+  return next(fd, data, count, offset);
+}
+
+ssize_t pwrite(int fd, const void* data, size_t count, off_t offset) {
+  return WriteAt("pwrite", fd, data, count, offset);
+}
+
+ssize_t pwrite64(int fd, const void* data, size_t count, off_t offset) {
+  return WriteAt("pwrite64", fd, data, count, offset);
+}
+
+static int Flush(const char* name, int fd) {
+  if (Fails("NEBRO_FAIL_FLUSHES", fd)) return errno = EIO, -1;
+  return ((int (*)(int))Next(name))(fd);
+}
+
+int fsync(int fd) { return Flush("fsync", fd); }
+int fdatasync(int fd) { return Flush("fdatasync", fd); }

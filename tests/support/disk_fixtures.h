@@ -1,5 +1,5 @@
 // Real files in a temporary folder for the tests that read and write files, and the means to
-// meet the situations users meet: a read-only file, a read-only disk, a full disk, a failing disk.
+// meet the situations users meet: a read-only file, a read-only disk, a full disk.
 //
 // The tests run as root, for whom permission bits stop nothing. Where a test needs them to
 // count it lowers the file-system identity of the test thread to "nobody" (setfsuid) for a
@@ -135,21 +135,6 @@ class AsNobody {
  private:
   bool active_;
 };
-
-// While alive, writes (or flushes) of every file under `prefix` fail with EIO, as on a failing
-// disk; support/failing_disk.c does it, in the programs that link it.
-class FailingDisk {
- public:
-  FailingDisk(const char* what, const std::string& prefix) : what_(what) { setenv(what, prefix.c_str(), 1); }
-  ~FailingDisk() { unsetenv(what_); }
-  FailingDisk(const FailingDisk&) = delete;
-  FailingDisk& operator=(const FailingDisk&) = delete;
-
- private:
-  const char* what_;
-};
-inline constexpr const char* kFailWrites = "NEBRO_FAIL_WRITES";
-inline constexpr const char* kFailFlushes = "NEBRO_FAIL_FLUSHES";
 
 // Gives the test process its own mount namespace (once) so that its mounts stay private.
 inline bool PrivateMounts() {

@@ -20,6 +20,7 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
+#include "support/failing_disk.h"
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
@@ -59,15 +60,16 @@ TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
   EXPECT_EQ(Title(), "Nebro - a.txt *");
   EXPECT_EQ(Text(), "old text and more");
 
-  // A disk that fails while the text is written or flushed (support/failing_disk.c makes them
-  // end in EIO): the same, and the file is as it was.
+  // A disk that fails while the text is written, or while it is flushed: the same, and the
+  // file is as it was.
   fs::create_directory(folder + "/disk");
   ASSERT_TRUE(LoadDocument(WriteFile("disk/b.txt", "old text")));
   Type(" and more");
-  for (const char* failing : {"NEBRO_FAIL_WRITES", "NEBRO_FAIL_FLUSHES"}) {
-    setenv(failing, (folder + "/disk/").c_str(), 1);
+  const std::string disk = folder + "/disk/";
+  for (bool writes : {true, false}) {
+    FailWritesAndFlushes(writes ? disk.c_str() : nullptr, writes ? nullptr : disk.c_str());
     EXPECT_TRUE(DispatchCommand(kCmdSave));
-    unsetenv(failing);
+    FailWritesAndFlushes(nullptr, nullptr);
     EXPECT_EQ(asked.back().text, "Cannot save file.\nThe disk reported an input/output error");
     EXPECT_TRUE(gMain.doc.modified);
     EXPECT_EQ(ReadFile(folder + "/disk/b.txt"), "old text");

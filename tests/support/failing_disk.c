@@ -1,21 +1,28 @@
 // A disk that fails: writes and flushes of chosen files end in EIO, as on a dying drive or a
 // network share that went away. Linked into the test programs ahead of the C library, the write,
-// pwrite, fsync and fdatasync here stand in front of the system's for the whole process (the
-// editor's code is not changed for the tests). They pass everything through unless
-// NEBRO_FAIL_WRITES or NEBRO_FAIL_FLUSHES names a path prefix that the descriptor's file lies
-// under. A failing write that starts a file first stores half its bytes, so the failure comes
-// with part of the content already on disk.
+// pwrite, fsync and fdatasync here stand in front of the system's for the whole process, so the
+// editor's own code meets the failure unchanged. They pass everything through until a test names
+// the files (FailWritesAndFlushes in failing_disk.h). A failing write that starts a file first
+// stores half its bytes, so the failure comes with part of the content already on disk.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
+#include <stdatomic.h>
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
 
-static int Fails(const char* variable, int fd) {
-  const char* prefix = getenv(variable);
-  if (prefix == NULL || *prefix == '\0') return 0;
+// Read by every thread that writes, set by the test's.
+static _Atomic(const char*) writesUnder, flushesUnder;
+
+void FailWritesAndFlushes(const char* writes, const char* flushes) {
+  atomic_store(&writesUnder, writes);
+  atomic_store(&flushesUnder, flushes);
+}
+
+static int Fails(_Atomic(const char*)* under, int fd) {
+  const char* prefix = atomic_load(under);
+  if (prefix == NULL) return 0;
   char link[64], path[4096];
   snprintf(link, sizeof link, "/proc/self/fd/%d", fd);
   const ssize_t n = readlink(link, path, sizeof path - 1);
@@ -32,7 +39,7 @@ static size_t Passes(size_t count, off_t offset) { return offset == 0 && count >
 ssize_t write(int fd, const void* data, size_t count) {
   static ssize_t (*next)(int, const void*, size_t);
   if (next == NULL) next = (ssize_t(*)(int, const void*, size_t))Next("write");
-  if (Fails("NEBRO_FAIL_WRITES", fd)) {
+  if (Fails(&writesUnder, fd)) {
     count = Passes(count, lseek(fd, 0, SEEK_CUR));
     if (count == 0) return errno = EIO, -1;
   }
@@ -41,7 +48,7 @@ ssize_t write(int fd, const void* data, size_t count) {
 
 static ssize_t WriteAt(const char* name, int fd, const void* data, size_t count, off_t offset) {
   ssize_t (*next)(int, const void*, size_t, off_t) = (ssize_t(*)(int, const void*, size_t, off_t))Next(name);
-  if (Fails("NEBRO_FAIL_WRITES", fd)) {
+  if (Fails(&writesUnder, fd)) {
     count = Passes(count, offset);
     if (count == 0) return errno = EIO, -1;
   }
@@ -57,7 +64,7 @@ ssize_t pwrite64(int fd, const void* data, size_t count, off_t offset) {
 }
 
 static int Flush(const char* name, int fd) {
-  if (Fails("NEBRO_FAIL_FLUSHES", fd)) return errno = EIO, -1;
+  if (Fails(&flushesUnder, fd)) return errno = EIO, -1;
   return ((int (*)(int))Next(name))(fd);
 }
 

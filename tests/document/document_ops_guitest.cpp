@@ -20,7 +20,6 @@
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
-#include "support/failing_disk.h"
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
@@ -30,6 +29,9 @@ using namespace nebro::app;
 using namespace nebro::appearance;
 using namespace nebro::settings;
 namespace fs = std::filesystem;
+
+// From support/failing_disk.c: writes (or flushes) of the files under a prefix end in EIO.
+extern "C" void FailWritesAndFlushes(const char* writesUnder, const char* flushesUnder);
 
 namespace {
 

@@ -2,7 +2,7 @@
 // network share that went away. Linked into the test programs ahead of the C library, the write,
 // pwrite, fsync and fdatasync here stand in front of the system's for the whole process, so the
 // editor's own code meets the failure unchanged. They pass everything through until a test names
-// the files (FailWritesAndFlushes in failing_disk.h). A failing write that starts a file first
+// the files (FailWritesAndFlushes; null for none). A failing write that starts a file first
 // stores half its bytes, so the failure comes with part of the content already on disk.
 #define _GNU_SOURCE
 #include <dlfcn.h>

@@ -3,7 +3,8 @@
 // pwrite, fsync and fdatasync here stand in front of the system's for the whole process, so the
 // editor's own code meets the failure unchanged. They pass everything through until a test names
 // the files (FailWritesAndFlushes; null for none). A failing write that starts a file first
-// stores half its bytes, so the failure comes with part of the content already on disk.
+// stores half its bytes, so the failure comes with part of the content already on disk. The disk
+// then recovers: one write (or flush) fails, the next ones go through again.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -31,6 +32,12 @@ static int Fails(_Atomic(const char*)* under, int fd) {
   return strncmp(path, prefix, strlen(prefix)) == 0;
 }
 
+static ssize_t Failed(_Atomic(const char*)* under) {
+  atomic_store(under, NULL);
+  errno = EIO;
+  return -1;
+}
+
 static void* Next(const char* name) { return dlsym(RTLD_NEXT, name); }
 
 // How much of a write of `count` bytes at `offset` goes through: half of the first one, else none.
@@ -41,7 +48,7 @@ ssize_t write(int fd, const void* data, size_t count) {
   if (next == NULL) next = (ssize_t(*)(int, const void*, size_t))Next("write");
   if (Fails(&writesUnder, fd)) {
     count = Passes(count, lseek(fd, 0, SEEK_CUR));
-    if (count == 0) return errno = EIO, -1;
+    if (count == 0) return Failed(&writesUnder);
   }
   return next(fd, data, count);
 }
@@ -50,7 +57,7 @@ static ssize_t WriteAt(const char* name, int fd, const void* data, size_t count,
   ssize_t (*next)(int, const void*, size_t, off_t) = (ssize_t(*)(int, const void*, size_t, off_t))Next(name);
   if (Fails(&writesUnder, fd)) {
     count = Passes(count, offset);
-    if (count == 0) return errno = EIO, -1;
+    if (count == 0) return Failed(&writesUnder);
   }
   return next(fd, data, count, offset);
 }
@@ -64,7 +71,7 @@ ssize_t pwrite64(int fd, const void* data, size_t count, off_t offset) {
 }
 
 static int Flush(const char* name, int fd) {
-  if (Fails(&flushesUnder, fd)) return errno = EIO, -1;
+  if (Fails(&flushesUnder, fd)) return (int)Failed(&flushesUnder);
   return ((int (*)(int))Next(name))(fd);
 }
 

@@ -1,7 +1,9 @@
 #include "document/file_save.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,7 +14,6 @@
 #include <functional>
 #include <random>
 #include <set>
-#include <thread>
 
 #include "document/file_load.h"
 #include "document/recovery.h"
@@ -208,7 +209,7 @@ static void KillSavesAtRandom(const std::string& path, const std::string& config
                               const std::function<void(pid_t saver, bool finished)>& check) {
   constexpr int kMeasured = 3;  // the first save also waits for the disk to take earlier writes
   std::mt19937 random(7);
-  std::chrono::microseconds whole = std::chrono::hours(1);
+  std::chrono::nanoseconds whole = std::chrono::hours(1);  // the quickest measured save
   for (int attempt = 0; attempt < kMeasured + kills; ++attempt) {
     const std::string_view text = prepare();
     const auto start = std::chrono::steady_clock::now();
@@ -218,18 +219,20 @@ static void KillSavesAtRandom(const std::string& path, const std::string& config
       int lock = -1;
       _exit(SaveDocumentFile(path, text.data(), text.size(), TextEncoding::Utf8, lock).Ok() ? 0 : 1);
     }
-    if (attempt >= kMeasured) {
-      std::this_thread::sleep_for(std::chrono::microseconds(random() % (whole.count() * 11 / 10 + 1)));
-      kill(saver, SIGKILL);
-    }
+    // Waits for the save to end, or for the chosen moment to kill it.
+    const int64_t moment = attempt < kMeasured ? int64_t{3600} * 1'000'000'000
+                                               : std::uniform_int_distribution<int64_t>(0, whole.count() * 11 / 10)(random);
+    const timespec until{static_cast<time_t>(moment / 1'000'000'000), static_cast<long>(moment % 1'000'000'000)};
+    pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, saver, 0)), POLLIN, 0};
+    ASSERT_GE(ended.fd, 0);
+    if (ppoll(&ended, 1, &until, nullptr) == 0) kill(saver, SIGKILL);
+    close(ended.fd);
+    if (attempt < kMeasured) whole = std::min(whole, std::chrono::steady_clock::now() - start);
     int status = 0;
     waitpid(saver, &status, 0);
-    if (attempt < kMeasured) {
-      whole = std::min(whole, std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start));
-    }
     check(saver, WIFEXITED(status) && WEXITSTATUS(status) == 0);
   }
-  std::printf("a whole save took %lld ms; ", static_cast<long long>(whole.count() / 1000));
+  std::printf("a whole save took %lld ms; ", static_cast<long long>(whole.count() / 1'000'000));
 }
 
 // A file with a second name is rewritten in place, the one save a crash could leave half old,

@@ -352,7 +352,7 @@ bool SafeFileWriter::RewriteInPlace(const Content& content) {
     if (!kept) return failed(SafeWriteFailure::BackupOld, keptErrno);
   }
   auto rewriteFailed = [&](SafeWriteFailure failure, int e) {
-    if (options_.afterInPlace) options_.afterInPlace(false);
+    if (options_.afterInPlace) options_.afterInPlace(fd, false);
     return failed(failure, e);
   };
   int e = 0;
@@ -368,7 +368,7 @@ bool SafeFileWriter::RewriteInPlace(const Content& content) {
   if (ftruncate(fd, static_cast<off_t>(total)) != 0 || fsync(fd) != 0) {
     return rewriteFailed(SafeWriteFailure::Flush, errno);
   }
-  if (options_.afterInPlace) options_.afterInPlace(true);
+  if (options_.afterInPlace) options_.afterInPlace(fd, true);
   Fail(SafeWriteFailure::None, 0);
   result_.inPlace = true;
   if (options_.onFlushed) options_.onFlushed(fd);

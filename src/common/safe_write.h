@@ -66,11 +66,12 @@ struct SafeWriteOptions {
   std::function<void(int fd)> onFlushed;
   // A rewrite in place is the one write a crash could leave half old, half new. When set, this
   // is given a read-only descriptor of the old content and its size before any byte changes,
-  // to keep a copy elsewhere; false refuses the write (BackupOld). `afterInPlace(complete)` runs
-  // when the rewrite has ended: complete when the new content is whole on disk (the copy may
-  // go), else the copy is all that holds the old content.
+  // to keep a copy elsewhere; false refuses the write (BackupOld). `afterInPlace(fd, complete)`
+  // runs when the rewrite has ended: complete when the new content is whole on disk (the copy
+  // may go), else the file may be part old, part new, and the copy may be written back through
+  // `fd` (the target, open for reading and writing).
   std::function<bool(int fd, uint64_t size)> backupBeforeInPlace;
-  std::function<void(bool complete)> afterInPlace;
+  std::function<void(int fd, bool complete)> afterInPlace;
   // The result keeps the written file open (SafeWriteResult::fd) instead of closing it.
   bool keepOpen = false;
   // A device or a pipe named as the target gets the bytes directly, as a shell redirection

@@ -100,17 +100,19 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
     LockWholeFile(fd);
   };
   // A rewrite in place keeps the old content in the data folder until the new content is
-  // whole on disk: a crash in between leaves a copy the next start offers back. Where the data
-  // folder cannot be written at all the save goes ahead without one; a copy that fails midway
-  // (a full disk) refuses the save.
+  // whole on disk: a crash in between leaves a copy the next start offers back, and a rewrite
+  // that fails midway (a disk error) writes the copy back, so the file is as it was. Where the
+  // data folder cannot be written at all the save goes ahead without one; a copy that fails
+  // midway (a full disk) refuses the save.
   const std::string folder = settings::GetSettingsFolder();
   const bool canKeep = !folder.empty() && faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) == 0;
   const std::string backup = canKeep ? RecoveryBackupFileFor(folder, getpid()) : "";
   options.backupBeforeInPlace = [&](int fd, uint64_t size) {
     return backup.empty() || WriteRecoveryBackup(backup, path, static_cast<int64_t>(std::time(nullptr)), fd, size);
   };
-  options.afterInPlace = [&](bool complete) {
-    if (complete && !backup.empty()) unlink(backup.c_str());
+  options.afterInPlace = [&](int fd, bool complete) {
+    // A copy that could not be written back stays for the next start to offer.
+    if (!backup.empty() && (complete || RestoreRecoveryBackup(backup, fd))) unlink(backup.c_str());
   };
   const SafeWriteResult written = SafeWriteFile(path, pieces, options);
 

@@ -1,7 +1,9 @@
 #include "document/recovery.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -58,7 +60,11 @@ std::string EncodeRecoveryCopy(const std::string& originalPath, int64_t writtenA
   return RecoveryHeader(originalPath, writtenAt, text.size()).append(text);
 }
 
-bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy) {
+namespace {
+
+// Reads a copy's header off the start of `bytes`, which are left at the text; `length` is the
+// text's length that the header gives.
+bool ReadHeader(std::string_view& bytes, RecoveryCopy& copy, uint64_t& length) {
   if (bytes.substr(0, kMagic.size()) != kMagic) return false;
   bytes.remove_prefix(kMagic.size());
   std::string time, size;
@@ -71,9 +77,16 @@ bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy) {
   errno = 0;
   copy.writtenAt = std::strtoll(time.c_str(), &end, 10);
   if (time.empty() || *end || errno) return false;
-  const unsigned long long length = std::strtoull(size.c_str(), &end, 10);
+  length = std::strtoull(size.c_str(), &end, 10);
+  return !size.empty() && !*end && !errno;
+}
+
+}  // namespace
+
+bool DecodeRecoveryCopy(std::string_view bytes, RecoveryCopy& copy) {
+  uint64_t length = 0;
   // A copy cut short by a full disk is not offered as if it were the whole text.
-  if (size.empty() || *end || errno || length != bytes.size()) return false;
+  if (!ReadHeader(bytes, copy, length) || length != bytes.size()) return false;
   copy.text = std::string(bytes);
   return true;
 }
@@ -99,6 +112,35 @@ bool WriteRecoveryBackup(const std::string& file, const std::string& originalPat
     done += static_cast<uint64_t>(got);
   }
   return out.Commit().Ok();
+}
+
+bool RestoreRecoveryBackup(const std::string& file, int fd) {
+  const int in = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+  if (in < 0) return false;
+  std::string buffer(1u << 20, '\0');  // first the header: a few short lines and a path
+  const ssize_t got = pread(in, buffer.data(), buffer.size(), 0);
+  std::string_view rest(buffer.data(), got > 0 ? static_cast<size_t>(got) : 0);
+  RecoveryCopy copy;
+  uint64_t length = 0;
+  struct stat st {};
+  bool ok = ReadHeader(rest, copy, length) && fstat(in, &st) == 0;
+  const uint64_t start = static_cast<uint64_t>(rest.data() - buffer.data());
+  ok = ok && static_cast<uint64_t>(st.st_size) == start + length;
+  for (uint64_t done = 0; ok && done < length;) {
+    const ssize_t n = pread(in, buffer.data(), static_cast<size_t>(std::min<uint64_t>(buffer.size(), length - done)),
+                            static_cast<off_t>(start + done));
+    if (n < 0 && errno == EINTR) continue;
+    ok = n > 0;
+    for (ssize_t put = 0; ok && put < n;) {
+      const ssize_t m = pwrite(fd, buffer.data() + put, static_cast<size_t>(n - put), static_cast<off_t>(done) + put);
+      if (m < 0 && errno == EINTR) continue;
+      ok = m > 0;
+      put += ok ? m : 0;
+    }
+    done += ok ? static_cast<uint64_t>(n) : 0;
+  }
+  close(in);
+  return ok && ftruncate(fd, static_cast<off_t>(length)) == 0 && fsync(fd) == 0;
 }
 
 bool EditorProcessRunning(pid_t pid) {

@@ -46,6 +46,11 @@ bool WriteRecoveryCopy(const std::string& file, const std::string& originalPath,
 bool WriteRecoveryBackup(const std::string& file, const std::string& originalPath, int64_t writtenAt, int fd,
                          uint64_t size);
 
+// Writes the old content that a copy made by WriteRecoveryBackup holds back over the file open
+// at `fd`: from its start, cut to its length, flushed. False when the copy is not whole or the
+// file would not take it.
+bool RestoreRecoveryBackup(const std::string& file, int fd);
+
 // The readable copies in `folder` whose editor is no longer running, oldest first. A copy of an
 // editor that still runs is never taken, whatever its age.
 std::vector<RecoveryCopy> FindOrphanedRecoveryCopies(const std::string& folder);

@@ -17,6 +17,7 @@
 #include "appearance/current_theme.h"
 #include "document/file_load.h"
 #include "document/file_load_gtk.h"
+#include "document/recovery.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 #include "settings/settings.h"
@@ -29,6 +30,9 @@ using namespace nebro::app;
 using namespace nebro::appearance;
 using namespace nebro::settings;
 namespace fs = std::filesystem;
+
+// From support/failing_disk.c: writes (or flushes) of the files under a prefix end in EIO.
+extern "C" void FailWritesAndFlushes(const char* writesUnder, const char* flushesUnder);
 
 namespace {
 
@@ -58,6 +62,29 @@ TEST_F(DocumentOps, FailedSaveTellsAndKeepsEverything) {
   EXPECT_TRUE(gMain.doc.modified);
   EXPECT_EQ(Title(), "Nebro - a.txt *");
   EXPECT_EQ(Text(), "old text and more");
+
+  // A disk that fails once while the text is written, or while it is flushed: the same, and the
+  // file is as it was, also when it was being rewritten in place (it has a second name) and the
+  // old content had to be put back.
+  const std::string disk = folder + "/disk/";
+  fs::create_directory(disk);
+  ASSERT_TRUE(LoadDocument(WriteFile("disk/b.txt", "old text")));
+  SetText("changed");
+  for (int step = 0; step < 4; ++step) {
+    if (step == 2) {
+      ASSERT_EQ(link((disk + "b.txt").c_str(), (disk + "b2.txt").c_str()), 0);
+    }
+    FailWritesAndFlushes(step % 2 ? nullptr : disk.c_str(), step % 2 ? disk.c_str() : nullptr);
+    EXPECT_TRUE(DispatchCommand(kCmdSave));
+    FailWritesAndFlushes(nullptr, nullptr);
+    EXPECT_EQ(asked.back().text, "Cannot save file.\nThe disk reported an input/output error");
+    EXPECT_TRUE(gMain.doc.modified);
+    EXPECT_EQ(ReadFile(disk + "b.txt"), "old text") << "step " << step;
+    const std::vector<std::string> names = {"b.txt", "b2.txt"};  // no new file left beside it
+    EXPECT_TRUE(test::OnlyNames(disk, {names.begin(), names.begin() + (step < 2 ? 1 : 2)}));
+  }
+  EXPECT_EQ(asked.size(), 5u);
+  EXPECT_FALSE(fs::exists(RecoveryBackupFileFor(GetSettingsFolder(), getpid())));  // put back
 }
 
 TEST_F(DocumentOps, QuestionsBeforeLeavingADocument) {

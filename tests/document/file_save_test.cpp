@@ -1,15 +1,19 @@
 #include "document/file_save.h"
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <random>
-#include <thread>
+#include <set>
 
 #include "document/file_load.h"
 #include "document/recovery.h"
@@ -196,6 +200,41 @@ TEST(FileSave, FolderProblems) {
   CloseDocumentLock(lockFd);
 }
 
+// Saves over `path` again and again in a child process killed at a random moment of the save:
+// the moments spread over the time one whole save takes here, measured first by the quickest of
+// three saves left to finish. `prepare` readies the file and gives the text to save; `check`
+// looks at what each save left, given the saver's process id and whether it finished.
+static void KillSavesAtRandom(const std::string& path, const std::string& config, int kills,
+                              const std::function<std::string_view()>& prepare,
+                              const std::function<void(pid_t saver, bool finished)>& check) {
+  constexpr int kMeasured = 3;  // the first save also waits for the disk to take earlier writes
+  std::mt19937 random(7);
+  std::chrono::nanoseconds whole = std::chrono::hours(1);  // the quickest measured save
+  for (int attempt = 0; attempt < kMeasured + kills; ++attempt) {
+    const std::string_view text = prepare();
+    const auto start = std::chrono::steady_clock::now();
+    const pid_t saver = fork();
+    if (saver == 0) {
+      nebro::settings::SetConfigRoot(config);
+      int lock = -1;
+      _exit(SaveDocumentFile(path, text.data(), text.size(), TextEncoding::Utf8, lock).Ok() ? 0 : 1);
+    }
+    // Waits for the save to end, or for the chosen moment to kill it.
+    const int64_t moment = attempt < kMeasured ? int64_t{3600} * 1'000'000'000
+                                               : std::uniform_int_distribution<int64_t>(0, whole.count() * 11 / 10)(random);
+    const timespec until{static_cast<time_t>(moment / 1'000'000'000), static_cast<long>(moment % 1'000'000'000)};
+    pollfd ended{static_cast<int>(syscall(SYS_pidfd_open, saver, 0)), POLLIN, 0};
+    ASSERT_GE(ended.fd, 0);
+    if (ppoll(&ended, 1, &until, nullptr) == 0) kill(saver, SIGKILL);
+    close(ended.fd);
+    if (attempt < kMeasured) whole = std::min(whole, std::chrono::steady_clock::now() - start);
+    int status = 0;
+    waitpid(saver, &status, 0);
+    check(saver, WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  std::printf("a whole save took %lld ms; ", static_cast<long long>(whole.count() / 1'000'000));
+}
+
 // A file with a second name is rewritten in place, the one save a crash could leave half old,
 // half new. Killed at random moments during such saves, the editor always leaves the whole old
 // content, the whole new content, or the whole old content kept aside in the data folder.
@@ -205,35 +244,66 @@ TEST(FileSave, KilledDuringAnInPlaceSaveTheOldContentSurvives) {
   const std::string oldText(8u << 20, 'o');
   std::string newText(8u << 20, 'n');
   newText.back() = '\n';
-  std::mt19937 random(7);
   int torn = 0;
-  for (int attempt = 0; attempt < 50; ++attempt) {
+  KillSavesAtRandom(path, folder / "config", 50, [&] {
     WriteBytes(path, oldText);
     unlink((folder / "other.txt").c_str());
-    ASSERT_EQ(link(path.c_str(), (folder / "other.txt").c_str()), 0);
-    const pid_t saver = fork();
-    if (saver == 0) {
-      nebro::settings::SetConfigRoot(folder / "config");
-      int lock = -1;
-      _exit(SaveDocumentFile(path, newText.data(), newText.size(), TextEncoding::Utf8, lock).Ok() ? 0 : 1);
-    }
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
-    kill(saver, SIGKILL);
-    int status = 0;
-    waitpid(saver, &status, 0);
+    EXPECT_EQ(link(path.c_str(), (folder / "other.txt").c_str()), 0);
+    return std::string_view(newText);
+  }, [&](pid_t saver, bool finished) {
     const std::string now = ReadBytes(path);
     EXPECT_EQ(ReadBytes(folder / "other.txt"), now) << "the two names parted";
     const std::string backup = nebro::document::RecoveryBackupFileFor(folder / "config/Nebro", saver);
     if (now != oldText && now != newText) {
       ++torn;
       nebro::document::RecoveryCopy copy;
-      ASSERT_TRUE(nebro::document::DecodeRecoveryCopy(ReadBytes(backup), copy)) << "attempt " << attempt;
+      ASSERT_TRUE(nebro::document::DecodeRecoveryCopy(ReadBytes(backup), copy));
       EXPECT_EQ(copy.text, oldText);
       EXPECT_EQ(copy.originalPath, path);
-    } else if (now == newText && WIFEXITED(status)) {
+    } else if (now == newText && finished) {
       EXPECT_FALSE(std::filesystem::exists(backup)) << "a finished save leaves no copy behind";
     }
     unlink(backup.c_str());
-  }
+  });
   std::printf("%d of 50 saves were caught half-written\n", torn);
+}
+
+// An ordinary save writes a new file beside the old one and renames it over it. Killed at random
+// moments during saves of a 200 MB document, it always leaves the whole old or the whole new
+// file, beside it at most the hidden new file it was writing, which a later save clears away.
+TEST(FileSave, KilledDuringASaveTheFileIsWholeOldOrWholeNew) {
+  TempFolder folder, config;
+  const std::string path = folder / "doc.txt";
+  // Two versions, each one byte throughout, told apart by their length.
+  const std::string texts[] = {std::string(200u << 20, 'a'), std::string((200u << 20) + 1, 'b')};
+  WriteBytes(path, texts[0]);
+  auto whole = [&] {  // which version the file holds whole, judged by its length and 256 samples
+    const uintmax_t size = std::filesystem::file_size(path);
+    const int v = size == texts[0].size() ? 0 : size == texts[1].size() ? 1 : -1;
+    std::ifstream in(path, std::ios::binary);
+    for (uintmax_t at = 0; v >= 0 && at < size; at += size / 256) {
+      if (!in.seekg(at) || in.get() != texts[v][0]) return -1;
+    }
+    return v;
+  };
+  int onDisk = 0, caught = 0;
+  std::set<std::string> left;
+  KillSavesAtRandom(path, config.Path(), 50, [&] { return std::string_view(texts[1 - onDisk]); },
+                    [&](pid_t, bool finished) {
+    const int now = whole();
+    ASSERT_NE(now, -1) << "the file is neither version whole";
+    EXPECT_TRUE(!finished || now != onDisk) << "a finished save left the old file";
+    onDisk = now;
+    for (const std::string& name : FolderNames(folder.Path())) {  // the new file of a killed save
+      if (name == "doc.txt" || !left.insert(name).second) continue;
+      EXPECT_EQ(name.rfind(".doc.txt.", 0), 0u) << name;  // hidden, beside the file
+      SetFileTime(folder / name, (time(nullptr) - 120) * 1'000'000'000ll);  // as if long ago
+      ++caught;
+    }
+  });
+  int lock = -1;
+  EXPECT_TRUE(Save(path, "done", TextEncoding::Utf8, lock).Ok());
+  CloseDocumentLock(lock);
+  EXPECT_TRUE(OnlyNames(folder.Path(), {"doc.txt"}));
+  std::printf("%d of 50 saves were caught with their new file half-written\n", caught);
 }

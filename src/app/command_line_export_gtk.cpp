@@ -134,7 +134,10 @@ int RunCommandLineExport(const ToolRequest& request, int argc, char** argv) {
     if (text.empty()) return Fail(std::string(exports::kRtfNothingToExport));
     markdown::MarkdownPageOptions options{request.input, fontName, settings::gSettings.fontSize, settings::gSettings.theme};
     std::string error;
-    return markdown::WriteMarkdownPdf(text, options, request.output, error) ? 0 : Fail(error);
+    return markdown::WriteMarkdownPdf(text, options, print::PageStyleFromSettings(settings::gSettings), request.output,
+                                      error)
+               ? 0
+               : Fail(error);
   }
   if (request.format == "pdf") {
     const print::PdfExportResult pdf =

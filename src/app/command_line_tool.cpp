@@ -47,7 +47,7 @@ const char* UsageText() {
          "                       write INPUT to OUTPUT as FORMAT and exit: html (syntax-coloured\n"
          "                       page; a Markdown INPUT is rendered as a page), pdf (the\n"
          "                       printed pages, with the page setup of the settings; a Markdown\n"
-         "                       INPUT is its rendered page printed on A4), rtf or txt.\n"
+         "                       INPUT is its rendered page on that paper), rtf or txt.\n"
          "                       INPUT is read as the editor reads files (binary files are\n"
          "                       refused, UTF-16 is converted) and coloured with the theme of\n"
          "                       the settings. It needs a display; on a machine without one,\n"

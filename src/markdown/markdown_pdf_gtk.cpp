@@ -93,13 +93,21 @@ bool MoveInPlace(PdfFiles& files, const std::string& outputPath, std::string& er
   return true;
 }
 
-GSubprocess* StartTool(const PdfFiles& files, std::string& error) {
+GSubprocess* StartTool(const PdfFiles& files, const print::PageStyle& sheet, std::string& error) {
   const std::string tool = MarkdownPdfToolPath();
   if (!g_file_test(tool.c_str(), G_FILE_TEST_IS_EXECUTABLE)) {
     error = std::string(kToolName) + " not found.\nPlace " + kToolName + " next to nebro.";
     return nullptr;
   }
-  const char* argv[] = {tool.c_str(), files.page.c_str(), files.partial.c_str(), nullptr};
+  // The sheet and margins Page Setup chose, as the ordinary PDF uses them.
+  std::string sizes[6];
+  int i = 0;
+  for (int v : {sheet.paper.width, sheet.paper.height, sheet.margins.left, sheet.margins.top, sheet.margins.right,
+                sheet.margins.bottom}) {
+    sizes[i++] = std::to_string(v);
+  }
+  const char* argv[] = {tool.c_str(), files.page.c_str(), files.partial.c_str(), sizes[0].c_str(), sizes[1].c_str(),
+                        sizes[2].c_str(), sizes[3].c_str(), sizes[4].c_str(), sizes[5].c_str(), nullptr};
   GError* e = nullptr;
   GSubprocess* process = g_subprocess_newv(argv, static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_SILENCE | G_SUBPROCESS_FLAGS_STDERR_PIPE), &e);
   if (!process) {
@@ -155,6 +163,7 @@ void OnToolEnded(GObject* source, GAsyncResult* result, gpointer data) {
 struct MarkdownPdfJob {
   std::string text;
   MarkdownPageOptions options;
+  print::PageStyle sheet;
   std::string outputPath;
   bool ok = false;
   std::string error;
@@ -177,7 +186,7 @@ void RunMarkdownPdfWorker(MarkdownPdfJob& job, ProgressReporter& reporter) {
   PdfFiles files;
   if (!PrepareFiles(page, job.outputPath, files, job.error) || reporter.Cancelled()) return;
   page = {};
-  GSubprocess* process = StartTool(files, job.error);
+  GSubprocess* process = StartTool(files, job.sheet, job.error);
   if (!process) return;
   reporter.SetText(std::string(kStatusExporting));
   reporter.SetFraction(0.2);
@@ -215,7 +224,7 @@ std::string MarkdownPdfToolPath() {
 }
 
 bool WriteMarkdownPdf(std::string_view markdownUtf8, const MarkdownPageOptions& options,
-                      const std::string& outputPath, std::string& error) {
+                      const print::PageStyle& sheet, const std::string& outputPath, std::string& error) {
   std::string page;
   if (!RenderMarkdownPage(markdownUtf8, options, page)) {
     error = "Cannot render the Markdown page.";
@@ -223,7 +232,7 @@ bool WriteMarkdownPdf(std::string_view markdownUtf8, const MarkdownPageOptions& 
   }
   PdfFiles files;
   if (!PrepareFiles(page, outputPath, files, error)) return false;
-  GSubprocess* process = StartTool(files, error);
+  GSubprocess* process = StartTool(files, sheet, error);
   if (!process) return false;
   gchar* errors = nullptr;
   GError* e = nullptr;
@@ -241,6 +250,7 @@ bool ExportMarkdownPdf(GtkWindow* owner, GtkWidget* editor, const std::string& d
   auto job = std::make_shared<MarkdownPdfJob>();
   job->text = print::EditorText(editor);
   job->options = {documentPath, Utf16ToUtf8(settings::FieldText(s.fontName)), s.fontSize, s.theme};
+  job->sheet = print::PageStyleFromSettings(s);
   job->outputPath = outputPath;
   job->started = NowMs();
 

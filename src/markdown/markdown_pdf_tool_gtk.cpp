@@ -2,8 +2,9 @@
 // with the browser engine. It lives apart from the editor so that the editor never loads the
 // engine at start-up; the editor runs it as
 //
-//   nebro-markdown-pdf PAGE.html OUTPUT.pdf
+//   nebro-markdown-pdf PAGE.html OUTPUT.pdf [WIDTH HEIGHT LEFT TOP RIGHT BOTTOM]
 //
+// with the paper's size and margins in hundredths of a millimetre (Page Setup's values),
 // and reads its exit status: 0 when the PDF was written, 1 with a one-line reason on stderr.
 #include <gtk/gtk.h>
 #include <webkit2/webkit2.h>
@@ -25,8 +26,17 @@ constexpr const char* kPrintStyle =
     "body::before { content: ''; position: fixed; top: 0; left: 0; right: 0; bottom: 0;"
     " background: inherit; z-index: -1; }";
 
+// The sheet and its margins in hundredths of a millimetre, as Page Setup stores them. Without
+// them on the command line: A4 with 12 mm margins, which keep the text off the paper's edge (the
+// engine paints nothing in the margins).
+struct Page {
+  double width = 21000, height = 29700;
+  double left = 1200, top = 1200, right = 1200, bottom = 1200;
+};
+
 struct ToolState {
   std::string outputUri;
+  Page page;
   int status = 1;
   bool ended = false;
   bool printFailed = false;
@@ -40,19 +50,29 @@ void Finish(ToolState* state, int status, const std::string& reason) {
   gtk_main_quit();
 }
 
-// A4 with 12 mm margins, which keep the text off the paper's edge on every page (the engine
-// paints nothing there).
-constexpr double kMarginMm = 12.0;
-GtkPageSetup* NewPageSetup() {
-  GtkPageSetup* setup = gtk_page_setup_new();
-  GtkPaperSize* a4 = gtk_paper_size_new(GTK_PAPER_NAME_A4);
-  gtk_page_setup_set_paper_size(setup, a4);
-  gtk_paper_size_free(a4);
-  gtk_page_setup_set_orientation(setup, GTK_PAGE_ORIENTATION_PORTRAIT);
-  for (auto set : {gtk_page_setup_set_top_margin, gtk_page_setup_set_bottom_margin,
-                   gtk_page_setup_set_left_margin, gtk_page_setup_set_right_margin}) {
-    set(setup, kMarginMm, GTK_UNIT_MM);
+// "W H LEFT TOP RIGHT BOTTOM" as positive sizes and margins that leave room on the sheet.
+bool ParsePage(char** fields, Page& page) {
+  double v[6];
+  for (int i = 0; i < 6; ++i) {
+    char* end = nullptr;
+    v[i] = g_ascii_strtod(fields[i], &end);
+    if (end == fields[i] || *end || v[i] < 0 || v[i] > 1e6) return false;
   }
+  page = {v[0], v[1], v[2], v[3], v[4], v[5]};
+  return page.left + page.right < page.width && page.top + page.bottom < page.height;
+}
+
+GtkPageSetup* NewPageSetup(const Page& page) {
+  GtkPageSetup* setup = gtk_page_setup_new();
+  GtkPaperSize* paper =
+      gtk_paper_size_new_custom("nebro-paper", "Paper", page.width / 100, page.height / 100, GTK_UNIT_MM);
+  gtk_page_setup_set_paper_size(setup, paper);
+  gtk_paper_size_free(paper);
+  gtk_page_setup_set_orientation(setup, GTK_PAGE_ORIENTATION_PORTRAIT);
+  gtk_page_setup_set_left_margin(setup, page.left / 100, GTK_UNIT_MM);
+  gtk_page_setup_set_top_margin(setup, page.top / 100, GTK_UNIT_MM);
+  gtk_page_setup_set_right_margin(setup, page.right / 100, GTK_UNIT_MM);
+  gtk_page_setup_set_bottom_margin(setup, page.bottom / 100, GTK_UNIT_MM);
   return setup;
 }
 
@@ -75,7 +95,7 @@ void Print(WebKitWebView* view, ToolState* state) {
   gtk_print_settings_set(settings, GTK_PRINT_SETTINGS_OUTPUT_FILE_FORMAT, "pdf");
   gtk_print_settings_set(settings, GTK_PRINT_SETTINGS_OUTPUT_URI, state->outputUri.c_str());
   webkit_print_operation_set_print_settings(operation, settings);
-  GtkPageSetup* setup = NewPageSetup();
+  GtkPageSetup* setup = NewPageSetup(state->page);
   webkit_print_operation_set_page_setup(operation, setup);
   g_object_unref(setup);
   g_object_unref(settings);
@@ -118,8 +138,11 @@ std::string FileUri(const char* path, std::string& error) {
 }  // namespace
 
 int RunMarkdownPdfTool(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "nebro-markdown-pdf: usage: nebro-markdown-pdf PAGE.html OUTPUT.pdf\n");
+  ToolState state;
+  if ((argc != 3 && argc != 9) || (argc == 9 && !ParsePage(argv + 3, state.page))) {
+    std::fprintf(stderr,
+                 "nebro-markdown-pdf: usage: nebro-markdown-pdf PAGE.html OUTPUT.pdf [WIDTH HEIGHT LEFT TOP RIGHT BOTTOM]"
+                 " (hundredths of a millimetre)\n");
     return 1;
   }
   if (!g_file_test(argv[1], G_FILE_TEST_IS_REGULAR)) {
@@ -132,7 +155,6 @@ int RunMarkdownPdfTool(int argc, char** argv) {
     std::fprintf(stderr, "nebro-markdown-pdf: needs a display; on a machine without one run it under xvfb-run -a\n");
     return 1;
   }
-  ToolState state;
   std::string error;
   const std::string pageUri = FileUri(argv[1], error);
   state.outputUri = FileUri(argv[2], error);

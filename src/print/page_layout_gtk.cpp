@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 #include "print/print_texts.h"
 
@@ -40,25 +42,88 @@ std::unique_ptr<PangoFontDescription, FontDescFree> MakeFont(const std::string& 
   return font;
 }
 
+// A font pointer held only for comparison.
+struct FontRef {
+  PangoFont* font = nullptr;
+  ~FontRef() {
+    if (font) g_object_unref(font);
+  }
+};
+
 // One layout reused for every line: the body font, word wrapping at the content width.
 struct LineLayouter {
   Owned<PangoContext> context = MakeLayoutContext();
   Owned<PangoLayout> layout{pango_layout_new(context.get())};
+  PangoAttrList* noAttributes = pango_attr_list_new();
+  PangoGlyphString* glyphs = pango_glyph_string_new();
+  PangoShapeFlags shapeFlags = PANGO_SHAPE_NONE;
+  FontRef bodyFont;        // the font printable ASCII is drawn in
+  int oneLineHeight = 0;   // a line that does not wrap, in that font
+  int fitSlack = 0;        // room kept free at the right before a line counts as fitting
+  int narrowest = 1 << 30; // the narrowest printable ASCII character
 
   explicit LineLayouter(const PageStyle& style) {
     auto font = MakeFont(style.fontFace, style.fontSize);
     pango_layout_set_font_description(layout.get(), font.get());
     pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);
+    pango_context_set_font_description(context.get(), font.get());
+    if (pango_context_get_round_glyph_positions(context.get())) shapeFlags = PANGO_SHAPE_ROUND_POSITIONS;
+    GList* items = pango_itemize(context.get(), "x", 0, 1, noAttributes, nullptr);
+    if (items && !items->next) bodyFont.font = PANGO_FONT(g_object_ref(static_cast<PangoItem*>(items->data)->analysis.font));
+    g_list_free_full(items, reinterpret_cast<GDestroyNotify>(pango_item_free));
+    oneLineHeight = LaidOutHeight(" ", 1 << 20);
+    for (char c = 0x20; c <= 0x7E; ++c) {
+      int w = 0, h = 0;
+      pango_layout_get_size(Set(std::string_view(&c, 1), -1), &w, &h);
+      narrowest = std::min(narrowest, w);
+    }
+    fitSlack = style.fontSize * kLayoutDpi / 72 * 2 * PANGO_SCALE;  // two ems
+  }
+  ~LineLayouter() {
+    pango_attr_list_unref(noAttributes);
+    pango_glyph_string_free(glyphs);
   }
   PangoLayout* Set(std::string_view line, int width) {
     pango_layout_set_width(layout.get(), width * PANGO_SCALE);
     pango_layout_set_text(layout.get(), line.data(), static_cast<int>(line.size()));
     return layout.get();
   }
-  int Height(std::string_view line, int width) {
+  int LaidOutHeight(std::string_view line, int width) {
     int w = 0, h = 0;
     pango_layout_get_pixel_size(Set(line, width), &w, &h);
     return h;
+  }
+  // True when `line` certainly lies on one line of `width` pixels in the body font: printable
+  // ASCII only (no tab stops, no forced breaks, no fallback font), shaped as the layout shapes
+  // it, and narrower than the width by a wide margin. Such a line is as tall as any one line in
+  // that font, without the layout's line breaking and extents.
+  bool FitsOnOneLine(std::string_view line, int width) {
+    if (!bodyFont.font || static_cast<int64_t>(line.size()) * PANGO_SCALE > (int64_t{1} << 30)) return false;
+    for (unsigned char c : line) {
+      if (c < 0x20 || c > 0x7E) return false;
+    }
+    const int64_t limit = int64_t{width} * PANGO_SCALE - fitSlack;
+    // A line far too long for the width is not shaped twice.
+    if (static_cast<int64_t>(line.size()) * narrowest > limit) return false;
+    GList* items = pango_itemize(context.get(), line.data(), 0, static_cast<int>(line.size()), noAttributes, nullptr);
+    int64_t used = 0;
+    bool fits = true;
+    for (GList* l = items; l && fits; l = l->next) {
+      auto* item = static_cast<PangoItem*>(l->data);
+      if (item->analysis.font != bodyFont.font) {
+        fits = false;
+        break;
+      }
+      pango_shape_with_flags(line.data() + item->offset, item->length, line.data(), static_cast<int>(line.size()),
+                             &item->analysis, glyphs, shapeFlags);
+      used += pango_glyph_string_get_width(glyphs);
+      fits = used <= limit;
+    }
+    g_list_free_full(items, reinterpret_cast<GDestroyNotify>(pango_item_free));
+    return fits;
+  }
+  int Height(std::string_view line, int width) {
+    return FitsOnOneLine(line, width) ? oneLineHeight : LaidOutHeight(line, width);
   }
 };
 
@@ -67,7 +132,7 @@ LineMeasure MeasureWith(const std::shared_ptr<LineLayouter>& layouter) {
   measure.textHeight = [layouter](std::string_view line, int width) {
     return layouter->Height(line, width);
   };
-  measure.emptyLineHeight = layouter->Height(" ", 1 << 20);
+  measure.emptyLineHeight = layouter->oneLineHeight;
   return measure;
 }
 
@@ -89,6 +154,18 @@ PagedDocument PaginateDocument(std::string text, const PageStyle& style,
   doc.lines = SplitPrintLines(doc.text);
   PaginationHooks measured = hooks;
   measured.measure = MeasureWith(std::make_shared<LineLayouter>(style));
+  // A line that comes again (a closing brace, a repeated log entry) is measured once. The keys
+  // are views into doc.text, which outlives the split; the width is the same for every line.
+  // Only so many different lines are remembered, so that a huge document of different lines
+  // does not get a second index of itself.
+  constexpr size_t kRemembered = 1 << 16;
+  std::unordered_map<std::string_view, int> known;
+  measured.measure.textHeight = [&known, measure = measured.measure.textHeight](std::string_view line, int width) {
+    if (auto at = known.find(line); at != known.end()) return at->second;
+    const int height = measure(line, width);
+    if (known.size() < kRemembered) known.emplace(line, height);
+    return height;
+  };
   PaginationResult result = PaginateLines(doc.text, doc.lines, doc.frame.content.Width(),
                                           doc.frame.content.Height(), measured);
   doc.pageStarts = std::move(result.pageStarts);

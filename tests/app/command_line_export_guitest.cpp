@@ -2,9 +2,11 @@
 // refusals, and no output left behind on failure.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "../support/process.h"
 #include "markdown/markdown_html.h"
@@ -137,8 +139,36 @@ TEST(CommandLineExport, PdfHoldsThePrintedPagesAsText) {
   EXPECT_EQ(ReadBytes(keep), "old");
 }
 
+// The edges of what is painted on a PDF's first page, in points: left, top, right, bottom.
+std::array<int, 4> PaintedEdges(const std::string& pdf) {
+  Child ppm({"/usr/bin/pdftoppm", "-r", "72", "-singlefile", "-gray", pdf, pdf}, {});  // one pixel a point
+  if (ppm.Wait(30000) != 0) return {};
+  const std::string image = ReadBytes(pdf + ".pgm");
+  std::istringstream in(image);
+  std::string magic;
+  int w = 0, h = 0, max = 0;
+  in >> magic >> w >> h >> max;
+  const std::string px = image.substr(static_cast<size_t>(in.tellg()) + 1);
+  if (px.size() < static_cast<size_t>(w) * h) return {};
+  auto paper = [&](int x, int y) { return static_cast<unsigned char>(px[static_cast<size_t>(y * w + x)]) > 250; };
+  std::array<int, 4> e{0, 0, w - 1, h - 1};
+  while (e[0] < w - 1 && paper(e[0], h / 2)) ++e[0];
+  while (e[1] < h - 1 && paper(w / 2, e[1])) ++e[1];
+  while (e[2] > 0 && paper(e[2], h / 2)) --e[2];
+  while (e[3] > 0 && paper(w / 2, e[3])) --e[3];
+  return e;
+}
+
 TEST(CommandLineExport, MarkdownPdfPrintsTheRenderedPage) {
   Dir d;
+  // On the page Page Setup chose: Letter with margins of 30, 40, 10 and 15 mm around the page
+  // the theme paints.
+  nebro::settings::AppSettings s;
+  nebro::settings::SetDefaultSettings(s);
+  s.paperWidth = 21590, s.paperHeight = 27940;
+  s.pageMarginLeft = 3000, s.pageMarginTop = 4000, s.pageMarginRight = 1000, s.pageMarginBottom = 1500;
+  fs::create_directories(d.Path() + "/cfg/Nebro");
+  ASSERT_TRUE(nebro::settings::SaveSettingsTo(d.Config(), s));
   const std::string in = d.Write("guide.md",
                                  "# Setup Guide\n\n- install the package\n- run it once\n\n| key | value |\n|---|---|\n"
                                  "| colour | amber |\n\n```\nmake install DESTDIR=/opt\n```\n\nText with **strong** words.\n");
@@ -148,6 +178,9 @@ TEST(CommandLineExport, MarkdownPdfPrintsTheRenderedPage) {
   Child info({"/usr/bin/pdfinfo", out}, {});
   ASSERT_EQ(info.Wait(30000), 0);
   EXPECT_TRUE(Contains(info.Output(), "Pages:           1\n")) << info.Output();
+  EXPECT_TRUE(Contains(info.Output(), "Page size:       612 x 792 pts (letter)")) << info.Output();
+  const std::array<int, 4> edges = PaintedEdges(out), mm = {85, 113, 612 - 28, 792 - 43};
+  for (int i = 0; i < 4; ++i) EXPECT_NEAR(edges[i], mm[i], 2) << "edge " << i;
   Child text({"/usr/bin/pdftotext", out, "-"}, {});
   ASSERT_EQ(text.Wait(30000), 0);
   for (const char* seen : {"Setup Guide", "install the package", "run it once", "colour", "amber",
@@ -169,7 +202,7 @@ TEST(CommandLineExport, MarkdownPdfPrintsTheRenderedPage) {
   std::vector<std::string> files;
   for (const auto& e : fs::directory_iterator(d.Path())) files.push_back(e.path().filename());
   std::sort(files.begin(), files.end());
-  EXPECT_EQ(files, (std::vector<std::string>{"bom.md", "cfg", "guide.md", "guide.pdf", "keep.pdf"}));
+  EXPECT_EQ(files, (std::vector<std::string>{"bom.md", "cfg", "guide.md", "guide.pdf", "guide.pdf.pgm", "keep.pdf"}));
 }
 
 TEST(CommandLineExport, EmptyDocumentsGiveNoRtfAndNoMarkdownPage) {

@@ -1,6 +1,7 @@
 // The PDF's pages are the laid-out pages: the page count and each page's first line and footer,
 // read back from the PDF with poppler's pdftotext, match the split the preview draws from.
 #include <gtest/gtest.h>
+#include <pango/pangocairo.h>
 #include <stdlib.h>
 
 #include <cstdio>
@@ -113,6 +114,44 @@ TEST_F(PdfPagesTest, MarginsAndPaperChangeTheSplitTheSameWayInThePdf) {
     ASSERT_TRUE(ExportPagedPdf(nullptr, *doc, path).ok);
     EXPECT_EQ(PdfPageCount(path), doc->PageCount());
   }
+}
+
+// Whatever shortcut the split takes, each line is as tall as Pango lays it out in the content
+// width at the layout resolution with unhinted metrics: lines just under and over the width, in a
+// monospace and a proportional font, with tabs, accents and a character from another font.
+TEST_F(PdfPagesTest, LinesAreAsTallAsPangoLaysThemOut) {
+  std::string text;
+  for (int i = 0; i < 300; ++i) text += std::string(60 + i % 70, "iW m,"[i % 5]) + (i % 7 ? "" : "\t\xC3\xA9\xE4\xB8\xAD") + "\n";
+  PangoContext* context = pango_font_map_create_context(pango_cairo_font_map_get_default());
+  pango_cairo_context_set_resolution(context, kLayoutDpi);
+  cairo_font_options_t* options = cairo_font_options_create();
+  cairo_font_options_set_hint_metrics(options, CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_hint_style(options, CAIRO_HINT_STYLE_NONE);
+  pango_cairo_context_set_font_options(context, options);
+  for (const char* face : {"DejaVu Sans Mono", "DejaVu Serif"}) {
+    PageStyle style;
+    style.fontFace = face;
+    const PagedDocument doc = PaginateDocument(text, style);
+    PangoLayout* layout = pango_layout_new(context);
+    PangoFontDescription* font = pango_font_description_from_string((std::string(face) + " 11").c_str());
+    pango_layout_set_font_description(layout, font);
+    pango_layout_set_wrap(layout, PANGO_WRAP_WORD_CHAR);
+    pango_layout_set_width(layout, doc.frame.content.Width() * PANGO_SCALE);
+    PaginationHooks plain;
+    plain.measure.textHeight = [layout](std::string_view line, int) {
+      int w = 0, h = 0;
+      pango_layout_set_text(layout, line.data(), static_cast<int>(line.size()));
+      pango_layout_get_pixel_size(layout, &w, &h);
+      return h;
+    };
+    const PaginationResult expected =
+        PaginateLines(doc.text, doc.lines, doc.frame.content.Width(), doc.frame.content.Height(), plain);
+    EXPECT_EQ(doc.pageStarts, expected.pageStarts) << face;
+    pango_font_description_free(font);
+    g_object_unref(layout);
+  }
+  cairo_font_options_destroy(options);
+  g_object_unref(context);
 }
 
 TEST_F(PdfPagesTest, AnEmptyDocumentWritesNoPdf) {

@@ -16,9 +16,11 @@
 #include "settings/settings.h"
 #include "support/accessibility.h"
 #include "support/main_window_fixture.h"
+#include "support/process.h"
 
 using namespace nebro;
 using namespace nebro::testing;
+using nebro::test::ShellOutput;
 
 namespace {
 
@@ -37,11 +39,10 @@ GtkWidget* Toplevel(const char* title) {
   return found;
 }
 
-
 std::string Lines(int count) {
   std::string text;
   for (int i = 1; i <= count; ++i) {
-    text += "line " + std::to_string(i);
+    text += "line " + std::to_string(i) + ";";
     if (i % 9 == 0) text += std::string(300, 'w');  // wraps
     text += "\n";
   }
@@ -80,12 +81,7 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   // The PDF of the same document gets the pages the preview counts.
   const std::string pdf = folder + "/same.pdf";
   ASSERT_TRUE(print::ExportPdf(nullptr, text, style, pdf).ok);
-  const std::string info = folder + "/info.txt";
-  ASSERT_EQ(std::system(("pdfinfo '" + pdf + "' > '" + info + "'").c_str()), 0);
-  std::string out(4096, '\0');
-  FILE* f = fopen(info.c_str(), "r");
-  out.resize(fread(out.data(), 1, out.size(), f));
-  fclose(f);
+  const std::string out = ShellOutput("pdfinfo '" + pdf + "'");
   EXPECT_NE(out.find("Pages:           " + std::to_string(pages) + "\n"), std::string::npos) << out;
 
   // Its size is kept for the next preview.
@@ -116,6 +112,36 @@ TEST_F(PrintPreviewTest, AnEmptyDocumentSaysSoAndOpensNothing) {
   SetMessageBoxHook({});
   EXPECT_EQ(shown, print::kPreviewEmptyText);
   EXPECT_EQ(Toplevel(print::kPrintPreviewTitle), nullptr);
+}
+
+// Ctrl+P through GTK's own print dialog to its "Print to File" printer: the PDF has the pages the
+// preview counts for the same margins, each starting with its first line and ending with "- N -".
+TEST_F(PrintPreviewTest, PrintsToAFileThroughThePrintDialog) {
+  settings::gSettings.pageMarginLeft = 2500, settings::gSettings.pageMarginTop = 3000;
+  const std::string text = Lines(230);
+  SetText(text);
+  const print::PagedDocument expected =
+      print::PaginateDocument(text, print::PageStyleFromSettings(settings::gSettings));
+  ASSERT_GT(expected.PageCount(), 2);
+  const std::string pdf = folder + "/printed.pdf";
+  AccessibilityProbe probe({"wait|dialog|Print", "select|table cell|Print to File", "click|radio button|PDF",
+                            "click|push button|*output.pdf", "set|text@Select a filename||" + pdf,
+                            "click|push button@Select a filename|Select", "wait|push button|*/printed.pdf",
+                            "click|push button@Print|Print"});
+  SendKey(app::gMain.window, GDK_KEY_p, GDK_CONTROL_MASK);
+  const AccessibilityResult& r = probe.Finish();
+  ASSERT_TRUE(r.ok) << r.err;
+  std::string info;
+  ASSERT_TRUE(WaitUntil([&] { return (info = ShellOutput("pdfinfo '" + pdf + "' 2>&1")).find("Pages:") != info.npos; }));
+  EXPECT_NE(info.find("Pages:           " + std::to_string(expected.PageCount()) + "\n"), std::string::npos) << info;
+  auto squeezed = [](std::string s) { return std::erase_if(s, [](char c) { return std::isspace(c); }), s; };
+  for (int page = 1; page <= expected.PageCount(); ++page) {
+    const std::string n = std::to_string(page);
+    const std::string shown = squeezed(ShellOutput("pdftotext -f " + n + " -l " + n + " '" + pdf + "' -"));
+    const print::LineSpan first = expected.lines[expected.pageStarts[page - 1]];
+    EXPECT_TRUE(shown.starts_with(squeezed(std::string(print::LineText(text, first))))) << n << ": " << shown.substr(0, 60);
+    EXPECT_TRUE(shown.ends_with("-" + n + "-")) << n << ": " << shown.substr(shown.size() - std::min<size_t>(shown.size(), 60));
+  }
 }
 
 }  // namespace

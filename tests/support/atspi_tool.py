@@ -6,7 +6,8 @@
 #   gone|ROLE|NAME           until no showing object with that role and name exists
 #   click|ROLE|NAME          performs the object's first action (press, click, toggle, activate)
 #   set|ROLE|NAME|TEXT       replaces the object's editable text
-#   select|ROLE|NAME         selects the object among its parent's children (a list's row)
+#   select|ROLE|NAME         selects the object among its parent's children (a list's row, or
+#                            the row of a table's cell)
 #   select|ROLE|NAME|ITEM    selects the child named ITEM of a list, table or drop-down list
 #   within|ROLE|NAME         later steps search only inside that object (one window of several
 #                            with the same buttons); "within||" searches everything again
@@ -18,7 +19,8 @@
 #   focus                    prints "ROLE|NAME" of the focused object
 #
 # ROLE@WINDOW looks only inside the top-level window named WINDOW (the main window's toolbar
-# also has an "Export" button, say). An empty NAME matches any name. Only objects of the process `--pid PID` (default: the parent
+# also has an "Export" button, say). An empty NAME matches any name; "*END" any name ending in END
+# (a button that shows a long path shortened at its start). Only objects of the process `--pid PID` (default: the parent
 # process) are searched. The exit status is 0 when every step succeeded, 1 when a step failed or
 # waited 10 seconds in vain (the reason goes to stderr).
 import sys
@@ -79,6 +81,12 @@ def find(pid, role, name):
     return find_in(app, role, name)
 
 
+def named(obj, name):
+    if name.startswith("*"):
+        return obj.name.endswith(name[1:])
+    return not name or obj.name == name
+
+
 def find_in(app, role, name):
     roots = [app]
     if "@" in role:
@@ -90,7 +98,7 @@ def find_in(app, role, name):
     for root in roots:
         for obj, _ in walk(root):
             try:
-                if obj.getRoleName() == role and (not name or obj.name == name) and (showing(obj) or role == "application"):
+                if obj.getRoleName() == role and named(obj, name) and (showing(obj) or role == "application"):
                     return obj
             except Exception:
                 continue
@@ -150,6 +158,18 @@ def select(obj, item):
     return bool(obj.querySelection().selectChild(names.index(item)))
 
 
+def select_in_parent(obj):
+    # A table of several columns selects whole rows only (a printer list, say).
+    parent, index = obj.parent, obj.getIndexInParent()
+    if parent.querySelection().selectChild(index):
+        return True
+    try:
+        table = parent.queryTable()
+    except NotImplementedError:
+        return False
+    return bool(table.addRowSelection(table.getRowAtIndex(index)))
+
+
 def run_step(pid, step):
     fields = step.split("|")
     verb = fields[0]
@@ -184,7 +204,7 @@ def run_step(pid, step):
             return False
         return bool(action.doAction(0))
     if verb == "select" and len(fields) < 4:
-        return bool(obj.parent.querySelection().selectChild(obj.getIndexInParent()))
+        return select_in_parent(obj)
     if verb == "set":
         editable = obj.queryEditableText()
         return bool(editable.setTextContents(fields[3]))

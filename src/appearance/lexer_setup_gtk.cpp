@@ -46,6 +46,10 @@ void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t) {
   const std::string face = FontFaceUtf8();
   SendPtr(editor, SCI_STYLESETFONT, STYLE_DEFAULT, face.c_str());
   Send(editor, SCI_STYLESETSIZE, STYLE_DEFAULT, settings::gSettings.fontSize);
+  // In a font whose ASCII characters are all as wide, Scintilla lays out ASCII text by counting
+  // instead of measuring it with Pango (a line of millions of characters in a moment); it checks
+  // the font first, so other fonts are measured as before.
+  Send(editor, SCI_STYLESETCHECKMONOSPACED, STYLE_DEFAULT, 1);
   Send(editor, SCI_STYLESETBACK, STYLE_DEFAULT, t.editorBackground);
   Send(editor, SCI_STYLESETFORE, STYLE_DEFAULT, t.editorText);
 }

@@ -267,7 +267,8 @@ using Sci_Position = ptrdiff_t;
 // Newer than the published headers the test compares with; checked by hand against
 // Scintilla 5's documentation instead.
 #define NEBRO_SCINTILLA_NEWER_CONSTANTS(X) \
-  X(SCI_SETILEXER, 4033)
+  X(SCI_SETILEXER, 4033)                   \
+  X(SCI_STYLESETCHECKMONOSPACED, 2254)
 
 #define NEBRO_DECLARE_CONSTANT(name, value) inline constexpr long name = value;
 NEBRO_SCINTILLA_CONSTANTS(NEBRO_DECLARE_CONSTANT)

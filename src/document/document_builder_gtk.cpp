@@ -18,6 +18,7 @@ constexpr long long kLargeDocument = 0x7FFFFFFFll;
 // swap counts the characters of the old and the new document, and its line index covers the
 // whole text, both on the main loop (about 0.1 s per 10 MB).
 constexpr size_t kAccessibleLimit = 8u << 20;
+constexpr sptr_t kReleaseAsideBytes = 64 << 20;
 
 }  // namespace
 
@@ -50,9 +51,16 @@ bool DocumentBuilder::Finish() {
   if (!document) return false;
   Send(editor_, SCI_SETREADONLY, 0);
   Send(editor_, SCI_SETACCESSIBILITY, SC_ACCESSIBILITY_DISABLED);
+  // A large document being replaced is freed on a worker, so New after a big file answers at once.
+  void* replaced = nullptr;
+  if (Send(editor_, SCI_GETLENGTH) > kReleaseAsideBytes) {
+    replaced = reinterpret_cast<void*>(Send(editor_, SCI_GETDOCPOINTER));
+    SendPtr(editor_, SCI_ADDREFDOCUMENT, 0, replaced);
+  }
   // The view takes its own reference; ours goes, so the next replacement frees this one.
   SendPtr(editor_, SCI_SETDOCPOINTER, 0, document);
   SendPtr(editor_, SCI_RELEASEDOCUMENT, 0, document);
+  if (replaced) ReleaseDocumentAside(replaced);
   if (length_ < kAccessibleLimit) Send(editor_, SCI_SETACCESSIBILITY, SC_ACCESSIBILITY_ENABLED);
   Send(editor_, SCI_SETCODEPAGE, SC_CP_UTF8);
   // A loader's document comes without undo collection; edits of a loaded file are undoable too.

@@ -5,6 +5,8 @@
 
 #include <climits>
 #include <cstdlib>
+#include <system_error>
+#include <thread>
 
 #include "common/install_paths.h"
 
@@ -100,6 +102,24 @@ int LexerCount() {
 }
 
 GtkWidget* NewEditor() { return newEditor ? newEditor() : nullptr; }
+
+void ReleaseDocumentAside(void* document) {
+  // Never shown and never destroyed; the library stays mapped for the life of the process.
+  static GtkWidget* releaser = [] {
+    GtkWidget* editor = NewEditor();
+    if (editor) g_object_ref_sink(editor);
+    return editor;
+  }();
+  const SendFn send = sendMessage;
+  if (!releaser || !send) return;
+  try {
+    std::thread([send, document] {
+      send(releaser, SCI_RELEASEDOCUMENT, 0, reinterpret_cast<sptr_t>(document));
+    }).detach();
+  } catch (const std::system_error&) {
+    send(releaser, SCI_RELEASEDOCUMENT, 0, reinterpret_cast<sptr_t>(document));  // no thread to spare
+  }
+}
 
 sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam, std::source_location where) {
   if (!sendMessage || !editor) return 0;

@@ -27,6 +27,12 @@ CreateLexerFunction CreateLexerFn();
 // A new editor widget, or null when the library is not loaded.
 GtkWidget* NewEditor();
 
+// Drops a reference to a document (as SCI_RELEASEDOCUMENT does) on a worker thread, through an
+// editor kept for this alone: the memory of a large document goes back to the system there,
+// which takes the kernel about a tenth of a second per gigabyte, not on the thread that draws.
+// The document must no longer be shown by any editor.
+void ReleaseDocumentAside(void* document);
+
 // Sends a message to an editor widget. A failure status is logged with the caller's file and
 // line, and cleared.
 sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam = 0, sptr_t lParam = 0,

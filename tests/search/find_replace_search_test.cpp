@@ -67,25 +67,12 @@ TEST(FindReplaceSearch, FindTextRangeKeepsToItsRange) {
   EXPECT_EQ(FindTextRange("\xC3\xA9\xC3\xA9", 1, 4, "\xC3\xA9", exact), (FindMatch{2, 4}));
 }
 
-TEST(FindReplaceSearch, FindNextAndPrevChooseFromTheListWithWrapAround) {
+// Which match Find Next and Find Prev choose, with and without wrap-around, is checked on the
+// real window in find_replace_guitest; these are the statuses it does not meet.
+TEST(FindReplaceSearch, FindStatusesAndTheMatchListCache) {
   const Matches m{{0, 3}, {10, 13}, {20, 23}};
-  auto pick = [&m](bool forward, int64_t caret, int64_t selectionStart, bool wrap) {
-    const FindNextOutcome o = ChooseFindNextMatch(m, forward, caret, selectionStart, wrap);
-    return o.select ? o.match.start : -1;
-  };
-  EXPECT_EQ(pick(true, 0, 0, false), 0);
-  EXPECT_EQ(pick(true, 10, 0, false), 10);  // a match at the caret
-  EXPECT_EQ(pick(true, 13, 10, false), 20);
-  EXPECT_EQ(pick(true, 23, 20, false), -1);  // after the last match
-  EXPECT_EQ(pick(true, 23, 20, true), 0);
-  // Backward looks before the selection start.
-  EXPECT_EQ(pick(false, 23, 20, false), 10);
-  EXPECT_EQ(pick(false, 3, 0, false), -1);
-  EXPECT_EQ(pick(false, 3, 0, true), 20);
-
-  EXPECT_EQ(ChooseFindNextMatch(m, true, 13, 10, false).index, 2u);
-  EXPECT_EQ(ChooseFindNextMatch(m, true, 0, 0, false).status, (FindStatus{"3 matches found.", FindStatusKind::Normal}));
-  EXPECT_EQ(ChooseFindNextMatch(m, true, 23, 20, false).status, (FindStatus{"No more matches.", FindStatusKind::Warning}));
+  EXPECT_EQ(ChooseFindNextMatch(m, true, 0, 0, false).status.kind, FindStatusKind::Normal);
+  EXPECT_EQ(ChooseFindNextMatch(m, true, 23, 20, false).status.kind, FindStatusKind::Warning);
   EXPECT_EQ(ChooseFindNextMatch({}, true, 0, 0, true).status, (FindStatus{"No matches.", FindStatusKind::Warning}));
   EXPECT_EQ(ChooseFindNextMatch({{5, 6}}, true, 0, 0, true).status.text, "1 match found.");
 
@@ -148,15 +135,11 @@ TEST(FindReplaceRules, HistoryFieldsStatusRangeAndHighlightAll) {
   EXPECT_EQ(range(20, 10, true), std::tuple(10, 20, false));
   EXPECT_EQ(range(30, 30, true), std::tuple(0, 100, true));  // no selection: the box is cleared
 
-  const Matches m{{0, 2}, {5, 7}};
-  auto h1 = DecideHighlightAll(m, true);
-  EXPECT_TRUE(h1.mark && h1.selectLast);
-  EXPECT_EQ(h1.last, (FindMatch{5, 7}));
-  EXPECT_EQ(h1.status, (FindStatus{"2 matches found.", FindStatusKind::ResultCount}));
-  auto h2 = DecideHighlightAll(m, false);
-  EXPECT_FALSE(h2.mark || h2.selectLast);
-  EXPECT_EQ(h2.status.text, "2 matches found.");
-  EXPECT_EQ(DecideHighlightAll({}, true).status, (FindStatus{"No matches found.", FindStatusKind::Warning}));
+  // Highlight All with "Color results" on is checked on the real window; off, nothing is marked.
+  const auto off = DecideHighlightAll(Matches{{0, 2}, {5, 7}}, false);
+  EXPECT_FALSE(off.mark || off.selectLast);
+  EXPECT_EQ(off.status.text, "2 matches found.");
+  EXPECT_EQ(DecideHighlightAll({}, true).status.kind, FindStatusKind::Warning);
 }
 
 }  // namespace

@@ -251,7 +251,7 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
   for (const char* label : {"Undo", "Cut", "Copy", "Paste", "Select All"}) {
     EXPECT_TRUE(Sensitive(menu, {label})) << label;
   }
-  EXPECT_FALSE(Sensitive(menu, {"Redo"}));
+  for (const char* label : {"Redo", "MD Preview (HTML)"}) EXPECT_FALSE(Sensitive(menu, {label})) << label;
   CloseMenus();
 
   // After an undo: redo is possible; an empty selection greys Cut and Copy again.
@@ -281,15 +281,27 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   SetText("one two three");
   Send(SCI_SETSEL, 0, 0);
 
-  Choose(Open(), {"Select All"});
+  // Text, no selection and nothing on the clipboard: Cut, Copy and Paste are greyed, Select All
+  // and Undo are not.
+  GtkWidget* menu = Open();
+  for (const char* label : {"Cut", "Copy", "Paste"}) EXPECT_FALSE(Sensitive(menu, {label})) << label;
+  EXPECT_TRUE(Sensitive(menu, {"Undo"}));
+  Choose(menu, {"Select All"});
   EXPECT_EQ(Send(SCI_GETSELECTIONSTART), 0);
   EXPECT_EQ(Send(SCI_GETSELECTIONEND), 13);
   // The menu is gone once the choice is made, and the editor has the focus.
   EXPECT_TRUE(OpenMenus().empty());
   EXPECT_TRUE(gtk_widget_is_focus(gMain.editor));
 
-  Choose(Open(), {"Cut"});
+  menu = Open();  // a selection and nothing on the clipboard: Copy too
+  EXPECT_TRUE(Sensitive(menu, {"Copy"}));
+  Choose(menu, {"Cut"});
   EXPECT_EQ(Text(), "");
+  // An empty document greys Select All but not Undo; the clipboard's text can be pasted into it.
+  menu = Open();
+  EXPECT_FALSE(Sensitive(menu, {"Select All"}));
+  EXPECT_TRUE(Sensitive(menu, {"Undo"}));
+  CloseMenus();
   Choose(Open(), {"Paste"});
   EXPECT_EQ(Text(), "one two three");
   Choose(Open(), {"Undo"});

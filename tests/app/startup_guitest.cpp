@@ -174,14 +174,15 @@ TEST(Startup, RelativePathIsStoredAbsoluteTransparencyAndIconShow) {
 
   Child nebro({"/bin/sh", "-c", "cd '" + box.Path() + "/work' && exec '" NEBRO_EXECUTABLE "' notes.py"}, box.Env());
   ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+  auto property = [&](const std::string& name) {
+    return nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
+                                    "); do xprop -id $w " + name + "; done");
+  };
   // The window manager's compositor reads the opacity from the window's property.
-  const std::string opacity = nebro::test::ShellOutput("for w in $(xdotool search --pid " +
-                                                       std::to_string(nebro.Pid()) +
-                                                       "); do xprop -id $w _NET_WM_WINDOW_OPACITY; done");
+  const std::string opacity = property("_NET_WM_WINDOW_OPACITY");
   EXPECT_NE(opacity.find("_NET_WM_WINDOW_OPACITY(CARDINAL) = "), std::string::npos) << opacity;
   // The window list and title bar show the program's icon, found beside the build in the source tree.
-  const std::string icon = nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
-                                                    "); do xprop -id $w _NET_WM_ICON; done");
+  const std::string icon = property("_NET_WM_ICON");
   EXPECT_NE(icon.find("Icon (16 x 16)"), std::string::npos) << icon;
   EXPECT_NE(icon.find("Icon (48 x 48)"), std::string::npos) << icon;
   nebro.Signal(SIGTERM);

@@ -3,14 +3,12 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-#include <filesystem>
 #include <fstream>
 
 #include "../support/process.h"
 #include "gtk/viewer_launch_gtk.h"
 #include "support/gui_helpers.h"
 
-namespace fs = std::filesystem;
 using nebro::testing::WaitUntil;
 
 namespace {
@@ -24,8 +22,8 @@ bool WindowTitled(const std::string& title) {
 }  // namespace
 
 TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
-  char name[] = "/tmp/nebro-viewer-XXXXXX";
-  const std::string dir = mkdtemp(name);
+  const nebro::test::TempFolder folder;
+  const std::string& dir = folder.Path();
   setenv("XDG_CONFIG_HOME", (dir + "/cfg").c_str(), 1);
   std::ofstream(dir + "/first.txt") << "first\n";
   std::ofstream(dir + "/second.txt") << "second\n";
@@ -55,5 +53,4 @@ TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
   nebro::EndViewer();
   EXPECT_TRUE(WaitUntil([&] { return !Alive(second); }));
   gtk_widget_destroy(owner);
-  fs::remove_all(dir);
 }

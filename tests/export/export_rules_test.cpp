@@ -65,7 +65,6 @@ TEST(ExportRules, ThresholdsAndSizeQuestions) {
             "This Markdown file has ~30001 lines.\n\nRendered MD HTML would be very slow for this "
             "size.\nOpen as plain text in Nebro Viewer instead?");
   EXPECT_EQ(ViewerOfferQuestion(kExportPlainText, false, 99999999), std::nullopt);
-  EXPECT_EQ(ExportLineLimit(kExportPlainText, false), std::nullopt);
 
   // (The texts of both questions over a document: export_window_guitest.)
   EXPECT_EQ(HtmlSizeQuestion(1000000, 5), std::nullopt);
@@ -75,15 +74,9 @@ TEST(ExportRules, ThresholdsAndSizeQuestions) {
             "\n\nContinue?");
 }
 
-TEST(StyledText, SplitAndCountLines) {
+TEST(StyledText, Split) {
   std::string text, styles;
   SplitStyledText(std::string_view("a\x05" "b\x85" "\n\x00" "z", 7), text, styles);
   EXPECT_EQ(text, std::string("ab\n"));
   EXPECT_EQ(styles, std::string("\x05\x85\x00", 3));
-
-  // CR LF, a lone CR and a lone LF each end one line.
-  const std::pair<const char*, int64_t> counts[] = {{"", 1},        {"abc", 1},       {"a\n", 2},
-                                                   {"a\r\nb", 2},  {"a\rb\rc", 3},   {"\n\r", 3},
-                                                   {"\r\r\n\n", 4}, {"x\r\n\r\ny\r", 4}};
-  for (const auto& [text, lines] : counts) EXPECT_EQ(CountEditorLines(text), lines) << testing::PrintToString(text);
 }

@@ -93,27 +93,9 @@ TEST(FindReplaceSearch, FindStatusesAndTheMatchListCache) {
   EXPECT_EQ(cache.matches, (Matches{{0, 3}}));
 }
 
-TEST(FindReplaceRules, HistoryFieldsStatusRangeAndHighlightAll) {
-  auto entry = [](int i) { return u"t" + std::u16string(1, static_cast<char16_t>(u'0' + i)); };
-  FindHistory h;
-  EXPECT_FALSE(AddToFindHistory(h, u""));
-  for (int i = 9; i >= 0; --i) AddToFindHistory(h, entry(i));  // t0 first ... t9 last
-  AddToFindHistory(h, entry(4));  // already there: moves up, nothing is duplicated
-  AddToFindHistory(h, u"T0");     // comparison is case-sensitive: new, and the tenth drops
-  AddToFindHistory(h, u"T0");     // already first: nothing moves
-  EXPECT_EQ(h, (FindHistory{u"T0", entry(4), entry(0), entry(1), entry(2), entry(3), entry(5),
-                            entry(6), entry(7), entry(8)}));
-  // Entries hold at most 255 units; a longer text matches its own earlier entry.
-  FindHistory longer;
-  AddToFindHistory(longer, std::u16string(300, u'x'));
-  AddToFindHistory(longer, std::u16string(300, u'x'));
-  EXPECT_EQ(longer[0].size(), 255u);
-  EXPECT_TRUE(longer[1].empty());
-  FindHistory sparse;
-  sparse[0] = u"one";
-  sparse[3] = u"two";
-  EXPECT_EQ(FindHistoryComboEntries(sparse), (std::vector<std::u16string>{u"one", u"two"}));
-
+// The window keeps its histories with the settings' recent lists (settings_test, and on the real
+// window find_replace_guitest).
+TEST(FindReplaceRules, FieldsStatusRangeAndHighlightAll) {
   // Fields are read up to 255 UTF-16 units; a surrogate pair is not split.
   EXPECT_EQ(ClipFindFieldText(std::string(300, 'a')), std::string(255, 'a'));
   EXPECT_EQ(ClipFindFieldText(std::string(254, 'a') + "\xF0\x9F\x98\x80"), std::string(254, 'a'));

@@ -10,13 +10,8 @@
 #include "../support/process.h"
 #include "app/main_window_gtk.h"
 #include "common/command_ids.h"
-#include "export/export_dispatch_gtk.h"
-#include "export/export_rules.h"
-#include "export/plain_text_export.h"
-#include "export/rtf_export.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
-#include "markdown/markdown_preview_gtk.h"
 #include "support/accessibility.h"
 #include "support/main_window_fixture.h"
 

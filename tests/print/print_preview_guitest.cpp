@@ -3,13 +3,11 @@
 // Escape closing the window.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "app/main_window_gtk.h"
 #include "common/command_ids.h"
 #include "common/command_table.h"
-#include "gtk/message_box_gtk.h"
 #include "print/page_layout_gtk.h"
 #include "print/pdf_export_gtk.h"
 #include "print/print_texts.h"
@@ -45,13 +43,11 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   const int pages = expected.PageCount();
   ASSERT_GT(pages, 3);
   auto label = [pages](int page) { return "Page " + std::to_string(page) + " / " + std::to_string(pages); };
-  const std::string first = label(1);
-  const std::string second = label(2);
 
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
-  RunSteps({"wait|frame|Nebro - Print Preview", "wait|label|" + first,
-            "click|push button|" + std::string(print::kPreviewNextText), "wait|label|" + second,
-            "click|push button|" + std::string(print::kPreviewPrevText), "wait|label|" + first});
+  RunSteps({"wait|frame|Nebro - Print Preview", "wait|label|" + label(1),
+            "click|push button|" + std::string(print::kPreviewNextText), "wait|label|" + label(2),
+            "click|push button|" + std::string(print::kPreviewPrevText), "wait|label|" + label(1)});
 
   GtkWidget* preview = FindWindow("NebroPrintPreview");
   ASSERT_NE(preview, nullptr);
@@ -59,7 +55,7 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   SendKey(preview, GDK_KEY_Right);
   RunSteps({"wait|label|" + label(3)});
   SendKey(preview, GDK_KEY_Left);
-  RunSteps({"wait|label|" + second});
+  RunSteps({"wait|label|" + label(2)});
 
   // The PDF of the same document gets the pages the preview counts.
   const std::string pdf = folder + "/same.pdf";
@@ -84,14 +80,10 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
 }
 
 TEST_F(PrintPreviewTest, AnEmptyDocumentSaysSoAndOpensNothing) {
-  std::string shown;
-  SetMessageBoxHook([&](int, const std::string& text, const std::string&) {
-    shown = text;
-    return 1;
-  });
+  boxesExpected = true;
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
-  SetMessageBoxHook({});
-  EXPECT_EQ(shown, print::kPreviewEmptyText);
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].text, print::kPreviewEmptyText);
   EXPECT_EQ(FindWindow("NebroPrintPreview"), nullptr);
   EXPECT_EQ(FindWindow("NebroPrintPreviewProgress"), nullptr);
 }

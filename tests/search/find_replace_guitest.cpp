@@ -7,7 +7,6 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
-#include "common/utf.h"
 #include "gtk/widget_style_gtk.h"
 #include "search/find_replace_window_gtk.h"
 #include "support/accessibility.h"

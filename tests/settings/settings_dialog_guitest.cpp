@@ -20,8 +20,12 @@ namespace {
 
 class SettingsDialogTest : public MainWindowTest {
  protected:
-  // The record as the settings file on disk holds it (false: no valid file).
-  bool OnDisk(settings::AppSettings& s) { return settings::LoadSettingsFrom(settings::GetSettingsFilePath(), s); }
+  // The record as the settings file on disk holds it (a missing or bad file fails the test).
+  settings::AppSettings OnDisk() {
+    settings::AppSettings s{};
+    EXPECT_TRUE(settings::LoadSettingsFrom(settings::GetSettingsFilePath(), s));
+    return s;
+  }
 
   Colour EditorPixel() {
     const Snapshot s(app::gMain.editor, true);
@@ -62,8 +66,7 @@ TEST_F(SettingsDialogTest, ThemeChosenFromTheToolbarRepaintsTheEditorAndIsSaved)
   EXPECT_EQ(settings::gSettings.theme, 5u);
   EXPECT_EQ(Send(SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(sepia.editorBackground));
   EXPECT_TRUE(WaitUntil([&] { return EditorPixel() == sepia.editorBackground; }, 5)) << std::hex << EditorPixel();
-  settings::AppSettings disk{};
-  ASSERT_TRUE(OnDisk(disk));
+  const settings::AppSettings disk = OnDisk();
   EXPECT_EQ(disk.theme, 5u);
   EXPECT_TRUE(disk.wordWrap);
   EXPECT_TRUE(disk.lineNumbers);
@@ -127,8 +130,7 @@ TEST_F(SettingsDialogTest, CancelAndRefusedTransparencyChangeNothingThenOkApplie
   EXPECT_TRUE(WaitUntil([&] { return gtk_widget_get_visible(hbar); }, 5)) << "the horizontal scroll bar stays hidden";
   EXPECT_DOUBLE_EQ(gtk_widget_get_opacity(app::gMain.window), 204 / 255.0);
   EXPECT_EQ(Send(SCI_STYLEGETBACK, STYLE_DEFAULT), static_cast<sptr_t>(appearance::ThemeColorsFor(4).editorBackground));
-  settings::AppSettings disk{};
-  ASSERT_TRUE(OnDisk(disk));
+  const settings::AppSettings disk = OnDisk();
   EXPECT_EQ(disk.theme, 4u);
   EXPECT_EQ(disk.transparency, 20);
   EXPECT_EQ(disk.autoSaveMinutes, 0);
@@ -165,8 +167,7 @@ TEST_F(SettingsDialogTest, FontDialogRefusesBadSizesAndStoresTheChosenFont) {
   EXPECT_EQ(StyleFont(), "DejaVu Sans Mono");
   EXPECT_EQ(Send(SCI_STYLEGETSIZE, STYLE_DEFAULT), 14);
   EXPECT_EQ(Send(SCI_STYLEGETBOLD, STYLE_DEFAULT), 1);
-  settings::AppSettings disk{};
-  ASSERT_TRUE(OnDisk(disk));
+  const settings::AppSettings disk = OnDisk();
   EXPECT_EQ(settings::FieldText(disk.fontName), u"DejaVu Sans Mono");
   EXPECT_EQ(disk.fontSize, 14);
 

@@ -1,7 +1,6 @@
 // The editor started as a process: trace order, settings written at exit, the last file, the
 // viewer, signals and the fatal start-up failures.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>

@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 using namespace nebro;
 using namespace nebro::testing;
 using nebro::test::Child;
+using nebro::test::FolderNames;
 using nebro::test::PdfText;
 
 namespace {
@@ -103,10 +104,8 @@ class ExportWindowTest : public MainWindowTest {
 
   std::vector<std::string> TempFiles(const std::string& extension) const {
     std::vector<std::string> found;
-    if (!fs::exists(DataFolder())) return found;
-    for (const auto& e : fs::directory_iterator(DataFolder())) {
-      const std::string name = e.path().filename();
-      if (name.starts_with("temp_") && name.ends_with(extension)) found.push_back(e.path());
+    for (const std::string& name : fs::exists(DataFolder()) ? FolderNames(DataFolder()) : std::vector<std::string>{}) {
+      if (name.starts_with("temp_") && name.ends_with(extension)) found.push_back(DataFolder() + "/" + name);
     }
     return found;
   }
@@ -205,9 +204,7 @@ TEST_F(ExportWindowTest, MarkdownExportAndPreview) {
   ASSERT_TRUE(WaitUntil([] { return ProgressJobsRunning() == 0; }));
   Pump();
   EXPECT_EQ(asked.size(), 2u);
-  for (const auto& e : fs::directory_iterator(folder)) {
-    EXPECT_FALSE(e.path().filename().string().find("cancelled") != std::string::npos) << e.path();
-  }
+  for (const std::string& name : FolderNames(folder)) EXPECT_EQ(name.find("cancelled"), std::string::npos) << name;
   EXPECT_TRUE(TempFiles(".html").empty());
 
   // The preview: a temporary page in the data folder, the summary, and, with no browser, the
@@ -293,9 +290,7 @@ TEST_F(ExportWindowTest, LimitsQuestionsAndCancel) {
   Pump();
   EXPECT_EQ(asked.size(), 6u);
   EXPECT_FALSE(fs::exists(out));
-  for (const auto& e : fs::directory_iterator(folder)) {
-    EXPECT_FALSE(e.path().filename().string().starts_with("out")) << e.path();
-  }
+  for (const std::string& name : FolderNames(folder)) EXPECT_FALSE(name.starts_with("out")) << name;
 
   // RTF of an empty document: nothing to export, no file.
   SetText("");

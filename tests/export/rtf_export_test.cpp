@@ -5,7 +5,6 @@
 
 #include <vector>
 
-#include "../support/disk_fixtures.h"
 #include "export_test_support.h"
 
 using namespace nebro;

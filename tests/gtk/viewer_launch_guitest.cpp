@@ -1,7 +1,6 @@
 // Launching the viewer from the editor: one viewer at a time, placed beside the editor.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 
 #include <fstream>
 

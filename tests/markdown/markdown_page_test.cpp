@@ -1,7 +1,6 @@
 // Whole pages against stored expectations: tests/data/markdown/<case>.md renders to <case>.html
 // byte for byte; and the page's font, title, file and progress.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>

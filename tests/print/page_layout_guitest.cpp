@@ -52,6 +52,7 @@ TEST_F(PdfPagesTest, PdfPagesAreTheLaidOutPages) {
 
   for (int page = 0; page < doc.PageCount(); ++page) {
     const std::string n = std::to_string(page + 1);
+    SCOPED_TRACE("page " + n);
     const std::string text = test::PdfText(path, "-layout -f " + n + " -l " + n);
     const PageLineRange range = LinesOfPage(doc.pageStarts, page, doc.lines.size());
     // The page's first non-empty line is on it, and the line before the page is not.
@@ -59,21 +60,16 @@ TEST_F(PdfPagesTest, PdfPagesAreTheLaidOutPages) {
     while (first < range.last && doc.lines[first].length == 0) ++first;
     ASSERT_LT(first, range.last);
     const std::string firstLine(LineText(doc.text, doc.lines[first]).substr(0, 10));
-    EXPECT_NE(text.find(firstLine.substr(0, firstLine.find(' '))), std::string::npos)
-        << "page " << page + 1;
+    EXPECT_NE(text.find(firstLine.substr(0, firstLine.find(' '))), std::string::npos);
     const std::string lastLine(LineText(doc.text, doc.lines[range.last - 1]));
     if (!lastLine.empty()) {
-      EXPECT_NE(text.find(lastLine.substr(0, lastLine.find(' '))), std::string::npos)
-          << "page " << page + 1;
+      EXPECT_NE(text.find(lastLine.substr(0, lastLine.find(' '))), std::string::npos);
     }
-    if (range.first > 0) {
-      std::string before(LineText(doc.text, doc.lines[range.first - 1]));
-      if (!before.empty()) {
-        EXPECT_EQ(text.find(before.substr(0, before.find(' '))), std::string::npos)
-            << "page " << page + 1;
-      }
+    const std::string before(range.first > 0 ? LineText(doc.text, doc.lines[range.first - 1]) : "");
+    if (!before.empty()) {
+      EXPECT_EQ(text.find(before.substr(0, before.find(' '))), std::string::npos);
     }
-    EXPECT_NE(text.find(PageFooterText(page + 1)), std::string::npos) << "page " << page + 1;
+    EXPECT_NE(text.find(PageFooterText(page + 1)), std::string::npos);
   }
 }
 

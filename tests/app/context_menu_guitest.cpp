@@ -3,27 +3,18 @@
 #include <gtest/gtest.h>
 #include <gdk/gdkkeysyms.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "common/command_ids.h"
 #include "app/context_menu_gtk.h"
-#include "app/main_window_gtk.h"
-#include "gtk/message_box_gtk.h"
-#include "gtk/object_ptr_gtk.h"
 #include "appearance/current_theme.h"
 #include "appearance/theme_gtk.h"
+#include "common/command_ids.h"
 #include "common/utf.h"
-#include "document/document_ops_gtk.h"
-#include "document/file_load_gtk.h"
 #include "document/recent_files.h"
-#include "scintilla/scintilla_loader_gtk.h"
-#include "settings/data_folder.h"
-#include "settings/settings.h"
+#include "gtk/object_ptr_gtk.h"
 #include "support/main_window_fixture.h"
 
 using namespace nebro;
@@ -32,11 +23,9 @@ using namespace nebro::sci;
 using namespace nebro::appearance;
 using namespace nebro::document;
 using namespace nebro::settings;
-namespace fs = std::filesystem;
+using namespace nebro::testing;
 
 namespace {
-
-void Pump() { nebro::testing::Pump(); }
 
 // The menus of ours attached to the editor (the context menu and nothing else).
 std::vector<GtkWidget*> OpenMenus() {
@@ -116,7 +105,7 @@ void Button(GdkEventType type, guint button, int x, int y) {
   gdk_device_warp(gdk_seat_get_pointer(gdk_display_get_default_seat(gdk_display_get_default())),
                   gdk_window_get_screen(window), ox + x, oy + y);
   gdk_display_sync(gdk_display_get_default());
-  GdkEvent* ev = nebro::testing::PointerEvent(gMain.editor, type);
+  GdkEvent* ev = PointerEvent(gMain.editor, type);
   ev->button.send_event = TRUE;
   ev->button.time = GDK_CURRENT_TIME;
   ev->button.x = x;
@@ -124,12 +113,12 @@ void Button(GdkEventType type, guint button, int x, int y) {
   ev->button.x_root = ox + x;
   ev->button.y_root = oy + y;
   ev->button.button = button;
-  nebro::testing::Deliver(ev);
+  Deliver(ev);
   Pump();
 }
 
 void Key(guint keyval, unsigned state = 0) {
-  nebro::testing::SendKey(gMain.window, keyval, state);
+  SendKey(gMain.window, keyval, state);
   Pump();
 }
 
@@ -145,15 +134,7 @@ void CloseMenus() {
   Pump();
 }
 
-Colour TextColour(GtkWidget* widget) {
-  GtkStyleContext* style = gtk_widget_get_style_context(widget);
-  GdkRGBA c;
-  gtk_style_context_get_color(style, gtk_style_context_get_state(style), &c);
-  return Rgb(static_cast<unsigned>(c.red * 255 + 0.5), static_cast<unsigned>(c.green * 255 + 0.5),
-             static_cast<unsigned>(c.blue * 255 + 0.5));
-}
-
-class ContextMenuGui : public nebro::testing::MainWindowTest {
+class ContextMenuGui : public MainWindowTest {
  protected:
   void Configure() override {
     width = 700;
@@ -165,7 +146,7 @@ class ContextMenuGui : public nebro::testing::MainWindowTest {
   void SetUp() override {
     MainWindowTest::SetUp();
     gtk_window_present(GTK_WINDOW(gMain.window));
-    nebro::testing::Pump(gMain.window);
+    Pump(gMain.window);
   }
   void TearDown() override {
     CloseMenus();
@@ -181,7 +162,7 @@ class ContextMenuGui : public nebro::testing::MainWindowTest {
   }
 };
 
-class ViewerContextMenuGui : public nebro::testing::MainWindowTest {
+class ViewerContextMenuGui : public MainWindowTest {
  protected:
   void Configure() override { gViewerMode = true; }
 };
@@ -270,7 +251,7 @@ TEST_F(ContextMenuGui, GreyedItemsFollowTheEditorClipboardAndDocument) {
   for (const char* label : {"Undo", "Cut", "Copy", "Paste", "Select All"}) {
     EXPECT_TRUE(Sensitive(menu, {label})) << label;
   }
-  EXPECT_FALSE(Sensitive(menu, {"Redo"}));
+  for (const char* label : {"Redo", "MD Preview (HTML)"}) EXPECT_FALSE(Sensitive(menu, {label})) << label;
   CloseMenus();
 
   // After an undo: redo is possible; an empty selection greys Cut and Copy again.
@@ -300,15 +281,27 @@ TEST_F(ContextMenuGui, ChoosingItemsRunsTheirCommands) {
   SetText("one two three");
   Send(SCI_SETSEL, 0, 0);
 
-  Choose(Open(), {"Select All"});
+  // Text, no selection and nothing on the clipboard: Cut, Copy and Paste are greyed, Select All
+  // and Undo are not.
+  GtkWidget* menu = Open();
+  for (const char* label : {"Cut", "Copy", "Paste"}) EXPECT_FALSE(Sensitive(menu, {label})) << label;
+  EXPECT_TRUE(Sensitive(menu, {"Undo"}));
+  Choose(menu, {"Select All"});
   EXPECT_EQ(Send(SCI_GETSELECTIONSTART), 0);
   EXPECT_EQ(Send(SCI_GETSELECTIONEND), 13);
   // The menu is gone once the choice is made, and the editor has the focus.
   EXPECT_TRUE(OpenMenus().empty());
   EXPECT_TRUE(gtk_widget_is_focus(gMain.editor));
 
-  Choose(Open(), {"Cut"});
+  menu = Open();  // a selection and nothing on the clipboard: Copy too
+  EXPECT_TRUE(Sensitive(menu, {"Copy"}));
+  Choose(menu, {"Cut"});
   EXPECT_EQ(Text(), "");
+  // An empty document greys Select All but not Undo; the clipboard's text can be pasted into it.
+  menu = Open();
+  EXPECT_FALSE(Sensitive(menu, {"Select All"}));
+  EXPECT_TRUE(Sensitive(menu, {"Undo"}));
+  CloseMenus();
   Choose(Open(), {"Paste"});
   EXPECT_EQ(Text(), "one two three");
   Choose(Open(), {"Undo"});
@@ -386,7 +379,7 @@ TEST_F(ContextMenuGui, TakesTheThemeColoursAndRightAlignsShortcuts) {
     int x = 0, y = 0;
     gtk_widget_translate_coordinates(saveAs, menu, gtk_widget_get_allocated_width(saveAs) / 2, 3, &x, &y);
     {
-      nebro::testing::Snapshot picture(menu);
+      Snapshot picture(menu);
       EXPECT_EQ(picture.At(x, y), c.dialogBackground);
       EXPECT_EQ(picture.At(2, picture.height / 2), c.dialogBackground);
     }

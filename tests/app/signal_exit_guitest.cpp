@@ -4,13 +4,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 
 #include "../support/process.h"
-#include "common/utf.h"
 #include "settings/settings.h"
 
 namespace fs = std::filesystem;
@@ -89,11 +86,8 @@ TEST(SignalExit, EndsInOrderFromEveryWindowAndWritesNothing) {
     // The box or chooser of this state is on screen (a message box when no title is named).
     if (!s.shown.empty()) ASSERT_FALSE(WaitForWindow(s.shown).empty()) << nebro.Output();
     else ASSERT_TRUE(nebro.WaitForLine("Nebro: Message box shown")) << nebro.Output();
-    const auto signalled = std::chrono::steady_clock::now();
     nebro.Signal(SIGTERM);
     EXPECT_EQ(nebro.Wait(), 0) << nebro.Output();
-    std::printf("%s: ended %.0f ms after the signal\n", s.what,
-                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - signalled).count());
     EXPECT_NE(nebro.Output().find("Nebro: Exited message loop"), std::string::npos) << nebro.Output();
     // The settings were written on the way out, and every file holds what it held.
     nebro::settings::AppSettings after;

@@ -1,11 +1,9 @@
 // The editor started as a process: trace order, settings written at exit, the last file, the
 // viewer, signals and the fatal start-up failures.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "../support/process.h"
 #include "common/utf.h"
@@ -26,14 +24,28 @@ nebro::settings::AppSettings LoadConfig(const Sandbox& box, bool* ok = nullptr) 
   return s;
 }
 
-// Checks that `expected` appear in the output in this order (other lines may come between).
-void ExpectInOrder(const Child& child, const std::vector<std::string>& expected) {
-  size_t at = 0;
-  for (const std::string& line : child.Lines()) {
-    if (at < expected.size() && line.find(expected[at]) != std::string::npos) ++at;
+// Starts the editor, waits for the trace `line`, ends it with `sig` and returns its output; the
+// exit must be a clean one.
+std::string RunUntil(const Sandbox& box, const std::vector<std::string>& args, const std::string& line,
+                     int sig = SIGTERM) {
+  Child nebro(args, box.Env());
+  EXPECT_TRUE(nebro.WaitForLine(line)) << nebro.Output();
+  nebro.Signal(sig);
+  EXPECT_EQ(nebro.Wait(), 0) << nebro.Output();
+  return nebro.Output();
+}
+
+// Checks that `expected` appear in the output in this order, each on a later line than the one
+// before (other lines may come between).
+void ExpectInOrder(const std::string& output, const std::vector<std::string>& expected) {
+  size_t at = 0, from = 0;
+  for (; at < expected.size(); ++at) {
+    const size_t found = output.find(expected[at], from);
+    if (found == std::string::npos) break;
+    from = output.find('\n', found);
   }
   EXPECT_EQ(at, expected.size()) << "missing from here on: " << (at < expected.size() ? expected[at] : "")
-                                 << "\noutput:\n" << child.Output();
+                                 << "\noutput:\n" << output;
 }
 
 }  // namespace
@@ -41,12 +53,7 @@ void ExpectInOrder(const Child& child, const std::vector<std::string>& expected)
 TEST(Startup, TraceOrderSettingsAndLastFile) {
   Sandbox box;
   const std::string file = box.Write("sample.cpp", "int main() { return 0; }\n");
-  {
-    Child nebro({NEBRO_EXECUTABLE, file}, box.Env());
-    ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
-    nebro.Signal(SIGTERM);
-    EXPECT_EQ(nebro.Wait(), 0);
-    ExpectInOrder(nebro, {
+  ExpectInOrder(RunUntil(box, {NEBRO_EXECUTABLE, file}, "Nebro: FileLoad completed successfully"), {
         "Nebro: Started", "Nebro: Loading settings",
         "Nebro: Parsing command line for --viewer flag", "Nebro: Loading font aliases",
         "Nebro: Loading libscintilla.so", "Nebro: libscintilla.so loaded",
@@ -59,7 +66,6 @@ TEST(Startup, TraceOrderSettingsAndLastFile) {
         "Nebro: File read successfully", "Nebro: FileLoad completed successfully", "Nebro: Exited message loop",
         "Nebro: Cleaning up resources", "Nebro: liblexilla.so unloaded", "Nebro: libscintilla.so unloaded",
         "Nebro: Exiting with code 0"});
-  }
   // The first start left a valid settings file; the exit stored the document and the window.
   EXPECT_EQ(fs::file_size(box.Config()), 36703u);
   bool ok = false;
@@ -71,25 +77,14 @@ TEST(Startup, TraceOrderSettingsAndLastFile) {
   EXPECT_EQ(s.windowHeight, 660);
 
   // No argument: the last file comes back.
-  {
-    Child nebro({NEBRO_EXECUTABLE}, box.Env());
-    ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
-    nebro.Signal(SIGINT);
-    EXPECT_EQ(nebro.Wait(), 0);
-    ExpectInOrder(nebro, {"Nebro: Command line has 1 arguments",
-                          "Nebro: No command line file, checking last file from settings",
-                          "Nebro: Loading last file from settings", "Nebro: FileLoad called for: " + file});
-  }
+  ExpectInOrder(RunUntil(box, {NEBRO_EXECUTABLE}, "Nebro: FileLoad completed successfully", SIGINT),
+                {"Nebro: Command line has 1 arguments", "Nebro: No command line file, checking last file from settings",
+                 "Nebro: Loading last file from settings", "Nebro: FileLoad called for: " + file});
   // The last file is gone: an untitled start that forgets it.
   fs::remove(file);
-  {
-    Child nebro({NEBRO_EXECUTABLE}, box.Env());
-    ASSERT_TRUE(nebro.WaitForLine("Nebro: Entering message loop")) << nebro.Output();
-    nebro.Signal(SIGTERM);
-    EXPECT_EQ(nebro.Wait(), 0);
-    ExpectInOrder(nebro, {"Nebro: Last file no longer exists, clearing", "Nebro: Entering message loop"});
-    EXPECT_EQ(nebro.Output().find("FileLoad called"), std::string::npos);
-  }
+  const std::string untitled = RunUntil(box, {NEBRO_EXECUTABLE}, "Nebro: Entering message loop");
+  ExpectInOrder(untitled, {"Nebro: Last file no longer exists, clearing", "Nebro: Entering message loop"});
+  EXPECT_EQ(untitled.find("FileLoad called"), std::string::npos);
   EXPECT_EQ(nebro::settings::FieldText(LoadConfig(box).lastFile), u"");
 }
 
@@ -106,29 +101,18 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
   fs::create_directories(box / "cfg/Nebro");
   ASSERT_TRUE(nebro::settings::SaveSettingsTo(box.Config(), s));
   const std::string file = box.Write("notes.md", "# Title\n\nSome *text*.\n");
-  {
-    Child nebro({NEBRO_EXECUTABLE, file}, box.Env());
-    ASSERT_TRUE(nebro.WaitForLine("FileLoad completed successfully")) << nebro.Output();
-    nebro.Signal(SIGTERM);
-    EXPECT_EQ(nebro.Wait(), 0);
-    ExpectInOrder(nebro, {"Nebro: Position left to the window manager",
-                          "Nebro: Window size: 700 x 500"});
-  }
+  ExpectInOrder(RunUntil(box, {NEBRO_EXECUTABLE, file}, "FileLoad completed successfully"),
+                {"Nebro: Position left to the window manager", "Nebro: Window size: 700 x 500"});
   EXPECT_EQ(LoadConfig(box).theme, 9u);  // kept as stored, drawn as theme 0
 
   const std::string before = ReadBytes(box.Config());
-  {
-    Child viewer({NEBRO_EXECUTABLE, "--viewer", file, "--nebro-viewer-geometry=40,60,500,400"}, box.Env());
-    ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
-    viewer.Signal(SIGTERM);
-    EXPECT_EQ(viewer.Wait(), 0);
-    ExpectInOrder(viewer, {"Nebro: Viewer mode enabled", "Nebro: libscintilla.so loaded",
-                           "Nebro: Viewer mode - window place from the launching editor",
-                           "Nebro: Using the position given by the editor", "Nebro: Viewer window size set",
-                           "Nebro: Window size: 500 x 400, pos: 40, 60",
-                           "Nebro: Viewer mode - loading file from command line"});
-    EXPECT_EQ(viewer.Output().find("liblexilla"), std::string::npos);
-  }
+  const std::string viewer = RunUntil(box, {NEBRO_EXECUTABLE, "--viewer", file, "--nebro-viewer-geometry=40,60,500,400"},
+                                      "FileLoad completed successfully");
+  ExpectInOrder(viewer, {"Nebro: Viewer mode enabled", "Nebro: libscintilla.so loaded",
+                         "Nebro: Viewer mode - window place from the launching editor",
+                         "Nebro: Using the position given by the editor", "Nebro: Viewer window size set",
+                         "Nebro: Window size: 500 x 400, pos: 40, 60", "Nebro: Viewer mode - loading file from command line"});
+  EXPECT_EQ(viewer.find("liblexilla"), std::string::npos);
   EXPECT_EQ(ReadBytes(box.Config()), before);  // a viewer never writes the settings
 
   // A lone --viewer opens a viewer that then reports a file named "--viewer" as not found.
@@ -137,7 +121,7 @@ TEST(Startup, StoredPlacementIsUsedAndViewerWritesNothing) {
     ASSERT_TRUE(viewer.WaitForLine("Failed to open file")) << viewer.Output();
     viewer.Signal(SIGKILL);  // the box is modal; nothing to save in a viewer
     viewer.Wait();
-    ExpectInOrder(viewer, {"Nebro: Viewer mode enabled", "Nebro: Window size: 660 x 820",
+    ExpectInOrder(viewer.Output(), {"Nebro: Viewer mode enabled", "Nebro: Window size: 660 x 820",
                            "Nebro: Normal mode - loading file from command line",
                            "Nebro: FileLoad called for: --viewer"});
   }
@@ -174,10 +158,7 @@ TEST(Startup, MissingLibrariesAreFatal) {
   runExpectingFatal("Nebro: ERROR - CreateLexer not found in liblexilla.so", {});
 
   // The viewer does not look for the lexer library at all.
-  Child viewer({bin + "/nebro", "--viewer", box.Write("v.txt", "viewer text\n")}, box.Env());
-  ASSERT_TRUE(viewer.WaitForLine("FileLoad completed successfully")) << viewer.Output();
-  viewer.Signal(SIGTERM);
-  EXPECT_EQ(viewer.Wait(), 0);
+  RunUntil(box, {bin + "/nebro", "--viewer", box.Write("v.txt", "viewer text\n")}, "FileLoad completed successfully");
 }
 
 TEST(Startup, RelativePathIsStoredAbsoluteTransparencyAndIconShow) {
@@ -191,14 +172,15 @@ TEST(Startup, RelativePathIsStoredAbsoluteTransparencyAndIconShow) {
 
   Child nebro({"/bin/sh", "-c", "cd '" + box.Path() + "/work' && exec '" NEBRO_EXECUTABLE "' notes.py"}, box.Env());
   ASSERT_TRUE(nebro.WaitForLine("Nebro: FileLoad completed successfully")) << nebro.Output();
+  auto property = [&](const std::string& name) {
+    return nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
+                                    "); do xprop -id $w " + name + "; done");
+  };
   // The window manager's compositor reads the opacity from the window's property.
-  const std::string opacity = nebro::test::ShellOutput("for w in $(xdotool search --pid " +
-                                                       std::to_string(nebro.Pid()) +
-                                                       "); do xprop -id $w _NET_WM_WINDOW_OPACITY; done");
+  const std::string opacity = property("_NET_WM_WINDOW_OPACITY");
   EXPECT_NE(opacity.find("_NET_WM_WINDOW_OPACITY(CARDINAL) = "), std::string::npos) << opacity;
   // The window list and title bar show the program's icon, found beside the build in the source tree.
-  const std::string icon = nebro::test::ShellOutput("for w in $(xdotool search --pid " + std::to_string(nebro.Pid()) +
-                                                    "); do xprop -id $w _NET_WM_ICON; done");
+  const std::string icon = property("_NET_WM_ICON");
   EXPECT_NE(icon.find("Icon (16 x 16)"), std::string::npos) << icon;
   EXPECT_NE(icon.find("Icon (48 x 48)"), std::string::npos) << icon;
   nebro.Signal(SIGTERM);

@@ -1,9 +1,6 @@
 #include "export/export_output.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 
 #include <string>
 
@@ -63,21 +60,9 @@ TEST(ExportFile, RefusalsAndFailedWrites) {
   EXPECT_EQ(ReadBytes(path), "previous content");
   chmod(path.c_str(), 0644);
 
-  // A write that fails half-way (here: the file-size limit, set in a child process so the test
-  // runner keeps its own) is WriteFailed and leaves the previous file as it was.
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{4096, 4096};
-    setrlimit(RLIMIT_FSIZE, &limit);
-    const ExportResult result = WriteExportFile(path, std::string(100000, 'n'));
-    _exit(static_cast<int>(result));
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(ExportResult::WriteFailed));
+  // A write that fails half-way is WriteFailed and leaves the previous file as it was.
+  EXPECT_EQ(WithFileSizeLimit(4096, [&] { return static_cast<int>(WriteExportFile(path, std::string(100000, 'n'))); }),
+            static_cast<int>(ExportResult::WriteFailed));
   EXPECT_EQ(ReadBytes(path), "previous content");
   EXPECT_TRUE(OnlyNames(folder.Path(), {"kept.txt"}));
 }

@@ -65,26 +65,18 @@ TEST(ExportRules, ThresholdsAndSizeQuestions) {
             "This Markdown file has ~30001 lines.\n\nRendered MD HTML would be very slow for this "
             "size.\nOpen as plain text in Nebro Viewer instead?");
   EXPECT_EQ(ViewerOfferQuestion(kExportPlainText, false, 99999999), std::nullopt);
-  EXPECT_EQ(ExportLineLimit(kExportPlainText, false), std::nullopt);
 
+  // (The texts of both questions over a document: export_window_guitest.)
   EXPECT_EQ(HtmlSizeQuestion(1000000, 5), std::nullopt);
-  EXPECT_EQ(HtmlSizeQuestion(1000001, 12345),
-            "This file has ~12345 lines. Export may take a while.\n\nContinue?");
   EXPECT_EQ(HtmlSizeQuestion(10000000, 7), "This file has ~7 lines. Export may take a while.\n\nContinue?");
   EXPECT_EQ(HtmlSizeQuestion(2999999999LL, 4),
             "This file is very large (~2999 MB, ~4 lines).\nHTML export may take several minutes."
             "\n\nContinue?");
 }
 
-TEST(StyledText, SplitAndCountLines) {
+TEST(StyledText, Split) {
   std::string text, styles;
   SplitStyledText(std::string_view("a\x05" "b\x85" "\n\x00" "z", 7), text, styles);
   EXPECT_EQ(text, std::string("ab\n"));
   EXPECT_EQ(styles, std::string("\x05\x85\x00", 3));
-
-  // CR LF, a lone CR and a lone LF each end one line.
-  const std::pair<const char*, int64_t> counts[] = {{"", 1},        {"abc", 1},       {"a\n", 2},
-                                                   {"a\r\nb", 2},  {"a\rb\rc", 3},   {"\n\r", 3},
-                                                   {"\r\r\n\n", 4}, {"x\r\n\r\ny\r", 4}};
-  for (const auto& [text, lines] : counts) EXPECT_EQ(CountEditorLines(text), lines) << testing::PrintToString(text);
 }

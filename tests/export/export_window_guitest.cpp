@@ -10,13 +10,8 @@
 #include "../support/process.h"
 #include "app/main_window_gtk.h"
 #include "common/command_ids.h"
-#include "export/export_dispatch_gtk.h"
-#include "export/export_rules.h"
-#include "export/plain_text_export.h"
-#include "export/rtf_export.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
-#include "markdown/markdown_preview_gtk.h"
 #include "support/accessibility.h"
 #include "support/main_window_fixture.h"
 
@@ -24,13 +19,20 @@ namespace fs = std::filesystem;
 using namespace nebro;
 using namespace nebro::testing;
 using nebro::test::Child;
+using nebro::test::FolderNames;
+using nebro::test::PdfText;
 
 namespace {
 
-const char* const kPdfName = "PDF Document (*.pdf)";
-const char* const kHtmlName = "HTML Document (*.html)";
-const char* const kRtfName = "Rich Text Format (*.rtf)";
-const char* const kTextName = "Plain Text (*.txt)";
+// A format as the Export window lists it: its name and the description shown for it.
+struct Format {
+  const char* name;
+  const char* description;
+};
+const Format kPdf = {"PDF Document (*.pdf)", "Portable Document Format - best for printing and sharing"};
+const Format kHtml = {"HTML Document (*.html)", "HyperText Markup Language - view in web browser"};
+const Format kRtf = {"Rich Text Format (*.rtf)", "Rich Text Format - opens in Word, LibreOffice"};
+const Format kText = {"Plain Text (*.txt)", "Simple UTF-8 text file"};
 
 class ExportWindowTest : public MainWindowTest {
  protected:
@@ -56,31 +58,27 @@ class ExportWindowTest : public MainWindowTest {
 
   std::string DataFolder() const { return folder + "/config/Nebro"; }
 
-  // Chooses `format` in the Export window and answers the Save dialog with `path`. Prints the
-  // Save dialog's filter and initial name.
-  static std::vector<std::string> ExportSteps(const std::string& format, const std::string& description,
-                                              const std::string& path) {
-    return {"wait|frame|Nebro - Export",
-            "wait|label@Nebro - Export|Portable Document Format - best for printing and sharing",
-            "select|combo box@Nebro - Export|Export format:|" + format,
-            "wait|label@Nebro - Export|" + description,
+  // Chooses `format` in the Export window (PDF, chosen when it opens, is left as it is) and
+  // answers the Save dialog with `path`. Prints the Save dialog's filter and initial name.
+  static std::vector<std::string> ExportSteps(const Format& format, const std::string& path) {
+    std::vector<std::string> steps = {"wait|frame|Nebro - Export", "wait|label@Nebro - Export|" + std::string(kPdf.description)};
+    if (&format != &kPdf) steps.push_back("select|combo box@Nebro - Export|Export format:|" + std::string(format.name));
+    steps.insert(steps.end(), {
+            "wait|label@Nebro - Export|" + std::string(format.description),
             "click|push button@Nebro - Export|Export",
             "wait|file chooser|Export File - Nebro",
             "text|combo box@Export File - Nebro|",
             "text|text@Export File - Nebro|",
             "set|text@Export File - Nebro||" + path,
             "click|push button@Export File - Nebro|Save",
-            "gone|file chooser|Export File - Nebro"};
+            "gone|file chooser|Export File - Nebro"});
+    return steps;
   }
 
   // Runs the Export command with `steps` answered over the accessibility bus; returns what the
   // steps printed.
   std::string Export(const std::vector<std::string>& steps) {
-    AccessibilityProbe probe(steps);
-    EXPECT_TRUE(app::DispatchCommand(kCmdExport));
-    const AccessibilityResult& seen = probe.Finish();
-    EXPECT_TRUE(seen.ok) << seen.err;
-    return seen.out;
+    return RunSteps(steps, [] { EXPECT_TRUE(app::DispatchCommand(kCmdExport)); });
   }
 
   // Waits until `n` boxes were shown and every export has ended.
@@ -104,18 +102,10 @@ class ExportWindowTest : public MainWindowTest {
     return bytes;
   }
 
-  static std::string PdfText(const std::string& path) {
-    Child text({"/usr/bin/pdftotext", "-layout", path, "-"}, {});
-    EXPECT_EQ(text.Wait(30000), 0);
-    return text.Output();
-  }
-
   std::vector<std::string> TempFiles(const std::string& extension) const {
     std::vector<std::string> found;
-    if (!fs::exists(DataFolder())) return found;
-    for (const auto& e : fs::directory_iterator(DataFolder())) {
-      const std::string name = e.path().filename();
-      if (name.starts_with("temp_") && name.ends_with(extension)) found.push_back(e.path());
+    for (const std::string& name : fs::exists(DataFolder()) ? FolderNames(DataFolder()) : std::vector<std::string>{}) {
+      if (name.starts_with("temp_") && name.ends_with(extension)) found.push_back(DataFolder() + "/" + name);
     }
     return found;
   }
@@ -126,8 +116,7 @@ TEST_F(ExportWindowTest, EveryFormatWritesWhatTheCommandLineWrites) {
   ASSERT_TRUE(LoadDocument(cpp));
 
   // HTML in the dark theme: the Save dialog offers the format's filter and the document's name.
-  EXPECT_EQ(Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", folder + "/a.html")),
-            "HTML Files\na.html\n");
+  EXPECT_EQ(Export(ExportSteps(kHtml, folder + "/a.html")), "HTML Files\na.html\n");
   ASSERT_TRUE(WaitForBoxes(1));
   EXPECT_EQ(asked[0].kind, kMbYesNo);
   EXPECT_EQ(asked[0].title, "Nebro - HTML Export");
@@ -136,50 +125,40 @@ TEST_F(ExportWindowTest, EveryFormatWritesWhatTheCommandLineWrites) {
   EXPECT_EQ(ReadFile(folder + "/a.html"), CommandLine("html", cpp));
 
   // RTF: a small document is written at once and the box names the file.
-  EXPECT_EQ(Export(ExportSteps(kRtfName, "Rich Text Format - opens in Word, LibreOffice", folder + "/a.rtf")),
-            "RTF Files\na.rtf\n");
+  EXPECT_EQ(Export(ExportSteps(kRtf, folder + "/a.rtf")), "RTF Files\na.rtf\n");
   ASSERT_TRUE(WaitForBoxes(2));
   EXPECT_EQ(asked[1].kind, kMbOk);
   EXPECT_EQ(asked[1].title, "Nebro - Export");
   EXPECT_EQ(asked[1].text, "RTF exported successfully.\n\n" + folder + "/a.rtf");
   EXPECT_EQ(ReadFile(folder + "/a.rtf"), CommandLine("rtf", cpp));
 
-  EXPECT_EQ(Export(ExportSteps(kTextName, "Simple UTF-8 text file", folder + "/a.txt")), "Text Files\na.txt\n");
+  EXPECT_EQ(Export(ExportSteps(kText, folder + "/a.txt")), "Text Files\na.txt\n");
   ASSERT_TRUE(WaitForBoxes(3));
   EXPECT_EQ(asked[2].text, "File exported successfully as plain text.");
   EXPECT_EQ(ReadFile(folder + "/a.txt"), ReadFile(cpp));
 
   // PDF is chosen when the window opens; its pages hold the text the command line prints.
-  std::vector<std::string> pdfSteps = ExportSteps(kPdfName, "Portable Document Format - best for printing and sharing",
-                                                  folder + "/a.pdf");
-  pdfSteps.erase(pdfSteps.begin() + 2);
-  EXPECT_EQ(Export(pdfSteps), "PDF Files\na.pdf\n");
+  EXPECT_EQ(Export(ExportSteps(kPdf, folder + "/a.pdf")), "PDF Files\na.pdf\n");
   ASSERT_TRUE(WaitForBoxes(4));
   EXPECT_EQ(asked[3].title, "Nebro - PDF Export");
   EXPECT_TRUE(asked[3].text.starts_with("PDF exported successfully.\n\nExport time:  ")) << asked[3].text;
   EXPECT_TRUE(asked[3].text.ends_with("\n\nOpen PDF?"));
-  const std::string cliPdf = folder + "/cli.pdf";
-  {
-    fs::copy_file(cpp, folder + "/cli/a.cpp", fs::copy_options::overwrite_existing);
-    Child nebro({NEBRO_EXECUTABLE, "--export", "pdf", folder + "/cli/a.cpp", cliPdf}, {"XDG_CONFIG_HOME=" + folder + "/config", "NO_AT_BRIDGE=1"});
-    ASSERT_EQ(nebro.Wait(60000), 0) << nebro.Output();
-  }
   const std::string pages = PdfText(folder + "/a.pdf");
   EXPECT_NE(pages.find("int main() {"), std::string::npos) << pages;
-  EXPECT_EQ(pages, PdfText(cliPdf));
+  EXPECT_EQ(pages, PdfText(WriteFile("cli-a.pdf", CommandLine("pdf", cpp))));
 
   // A Python file in the light theme, replacing the earlier export after the Save dialog's
   // own question.
   app::DispatchCommand(kCmdThemeFirst + 1);
   const std::string py = WriteFile("s.py", "def f(x):\n    \"\"\"doc\"\"\"\n    return x * 2  # twice\n");
   ASSERT_TRUE(LoadDocument(py));
-  std::vector<std::string> replace = ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", folder + "/a.html");
+  std::vector<std::string> replace = ExportSteps(kHtml, folder + "/a.html");
   replace.insert(replace.end() - 1, "click|push button|Replace");
   Export(replace);
   ASSERT_TRUE(WaitForBoxes(5));
   EXPECT_EQ(ReadFile(folder + "/a.html"), CommandLine("html", py));
   EXPECT_NE(ReadFile(folder + "/a.html").find("background-color: #FFFFFF"), std::string::npos);
-  Export(ExportSteps(kRtfName, "Rich Text Format - opens in Word, LibreOffice", folder + "/s.rtf"));
+  Export(ExportSteps(kRtf, folder + "/s.rtf"));
   ASSERT_TRUE(WaitForBoxes(6));
   EXPECT_EQ(ReadFile(folder + "/s.rtf"), CommandLine("rtf", py));
   EXPECT_EQ(asked.size(), 6u);
@@ -192,7 +171,7 @@ TEST_F(ExportWindowTest, MarkdownExportAndPreview) {
   const std::string md = WriteFile("notes.md", text);
   ASSERT_TRUE(LoadDocument(md));
 
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", folder + "/notes.html"));
+  Export(ExportSteps(kHtml, folder + "/notes.html"));
   ASSERT_TRUE(WaitForBoxes(1));
   EXPECT_EQ(asked[0].title, "Nebro - HTML Export");
   EXPECT_TRUE(asked[0].text.ends_with("\n\nOpen in browser?"));
@@ -203,18 +182,13 @@ TEST_F(ExportWindowTest, MarkdownExportAndPreview) {
   // PDF prints that page: the PDF filter and name in the Save dialog, the completion question,
   // and a page that holds the heading, the lists, the table's cells (lines of text: the page has
   // no tables) and the code line, as the command line's does.
-  std::vector<std::string> pdfSteps = ExportSteps(kPdfName, "Portable Document Format - best for printing and sharing",
-                                                  folder + "/notes.pdf");
-  pdfSteps.erase(pdfSteps.begin() + 2);
-  EXPECT_EQ(Export(pdfSteps), "PDF Files\nnotes.pdf\n");
+  EXPECT_EQ(Export(ExportSteps(kPdf, folder + "/notes.pdf")), "PDF Files\nnotes.pdf\n");
   ASSERT_TRUE(WaitForBoxes(2));
   EXPECT_EQ(asked[1].kind, kMbYesNo);
   EXPECT_EQ(asked[1].title, "Nebro - PDF Export");
   EXPECT_TRUE(asked[1].text.starts_with("PDF exported successfully.\n\nExport time:  ")) << asked[1].text;
   EXPECT_TRUE(asked[1].text.ends_with("\n\nOpen PDF?"));
-  Child info({"/usr/bin/pdfinfo", folder + "/notes.pdf"}, {});
-  ASSERT_EQ(info.Wait(30000), 0);
-  EXPECT_NE(info.Output().find("Pages:           1\n"), std::string::npos) << info.Output();
+  EXPECT_EQ(nebro::test::PdfPageCount(folder + "/notes.pdf"), 1);
   const std::string pages = PdfText(folder + "/notes.pdf");
   for (const char* seen : {"Notes", "one", "two", "1. ", "|1|2|", "int x = 1;", "Some bold, em and code & <more>."}) {
     EXPECT_NE(pages.find(seen), std::string::npos) << seen << " not in:\n" << pages;
@@ -223,18 +197,14 @@ TEST_F(ExportWindowTest, MarkdownExportAndPreview) {
 
   // Cancel while the page is being printed ends the printing, says nothing and leaves no file,
   // neither the PDF nor the page it printed.
-  std::vector<std::string> cancelSteps = ExportSteps(kPdfName, "Portable Document Format - best for printing and sharing",
-                                                     folder + "/cancelled.pdf");
-  cancelSteps.erase(cancelSteps.begin() + 2);
+  std::vector<std::string> cancelSteps = ExportSteps(kPdf, folder + "/cancelled.pdf");
   cancelSteps.insert(cancelSteps.end(), {"wait|label@Nebro - PDF Export|Exporting...",
                                          "click|push button@Nebro - PDF Export|Cancel"});
   Export(cancelSteps);
   ASSERT_TRUE(WaitUntil([] { return ProgressJobsRunning() == 0; }));
   Pump();
   EXPECT_EQ(asked.size(), 2u);
-  for (const auto& e : fs::directory_iterator(folder)) {
-    EXPECT_FALSE(e.path().filename().string().find("cancelled") != std::string::npos) << e.path();
-  }
+  for (const std::string& name : FolderNames(folder)) EXPECT_EQ(name.find("cancelled"), std::string::npos) << name;
   EXPECT_TRUE(TempFiles(".html").empty());
 
   // The preview: a temporary page in the data folder, the summary, and, with no browser, the
@@ -264,13 +234,13 @@ TEST_F(ExportWindowTest, LimitsQuestionsAndCancel) {
   for (int i = 0; i < 20000; ++i) many += "line " + std::to_string(i) + "\n";
   ASSERT_TRUE(LoadDocument(WriteFile("many.txt", many)));
   const std::string out = folder + "/out.html";
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", out));
+  Export(ExportSteps(kHtml, out));
   ASSERT_TRUE(WaitForBoxes(1));
   EXPECT_EQ(asked[0].text, "This file has ~20001 lines.\n\nHTML export would be slow for this size.\nOpen as plain text in Nebro Viewer instead?");
   EXPECT_FALSE(fs::exists(out));
   EXPECT_EQ(ViewerProcess(), 0);
   answers = {kMbResultSaveOrYes};
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", out));
+  Export(ExportSteps(kHtml, out));
   ASSERT_TRUE(WaitForBoxes(2));
   EXPECT_FALSE(fs::exists(out));
   EXPECT_GT(ViewerProcess(), 0);
@@ -282,12 +252,12 @@ TEST_F(ExportWindowTest, LimitsQuestionsAndCancel) {
   std::string wide;
   for (int i = 0; i < 1000; ++i) wide += std::string(1100, 'a' + i % 26) + "\n";
   ASSERT_TRUE(LoadDocument(WriteFile("wide.txt", wide)));
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", out));
+  Export(ExportSteps(kHtml, out));
   ASSERT_TRUE(WaitForBoxes(3));
   EXPECT_EQ(asked[2].text, "This file has ~1001 lines. Export may take a while.\n\nContinue?");
   EXPECT_FALSE(fs::exists(out));
   answers = {kMbResultSaveOrYes};
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", out));
+  Export(ExportSteps(kHtml, out));
   ASSERT_TRUE(WaitForBoxes(5));
   EXPECT_TRUE(asked[4].text.starts_with("HTML exported successfully."));
   EXPECT_EQ(ReadFile(out), CommandLine("html", folder + "/wide.txt"));
@@ -312,7 +282,7 @@ TEST_F(ExportWindowTest, LimitsQuestionsAndCancel) {
     }, nullptr, nullptr);
     return kMbResultSaveOrYes;
   });
-  Export(ExportSteps(kHtmlName, "HyperText Markup Language - view in web browser", out));
+  Export(ExportSteps(kHtml, out));
   ASSERT_EQ(asked.size(), 6u);
   EXPECT_EQ(asked[5].text, "This file is very large (~40 MB, ~10001 lines).\nHTML export may take several minutes.\n\nContinue?");
   EXPECT_TRUE(closedWhileRunning);
@@ -320,13 +290,11 @@ TEST_F(ExportWindowTest, LimitsQuestionsAndCancel) {
   Pump();
   EXPECT_EQ(asked.size(), 6u);
   EXPECT_FALSE(fs::exists(out));
-  for (const auto& e : fs::directory_iterator(folder)) {
-    EXPECT_FALSE(e.path().filename().string().starts_with("out")) << e.path();
-  }
+  for (const std::string& name : FolderNames(folder)) EXPECT_FALSE(name.starts_with("out")) << name;
 
   // RTF of an empty document: nothing to export, no file.
   SetText("");
-  Export(ExportSteps(kRtfName, "Rich Text Format - opens in Word, LibreOffice", folder + "/e.rtf"));
+  Export(ExportSteps(kRtf, folder + "/e.rtf"));
   ASSERT_TRUE(WaitForBoxes(7));
   EXPECT_EQ(asked[6].text, "Nothing to export.");
   EXPECT_FALSE(fs::exists(folder + "/e.rtf"));

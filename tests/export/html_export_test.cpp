@@ -4,7 +4,6 @@
 
 #include <vector>
 
-#include "../support/disk_fixtures.h"
 #include "export_test_support.h"
 
 using namespace nebro;

@@ -1,29 +1,18 @@
 // Launching the viewer from the editor: one viewer at a time, placed beside the editor.
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
 
-#include <filesystem>
 #include <fstream>
 
 #include "../support/process.h"
 #include "gtk/viewer_launch_gtk.h"
+#include "support/gui_helpers.h"
 
-namespace fs = std::filesystem;
+using nebro::testing::WaitUntil;
 
 namespace {
 
 bool Alive(int pid) { return pid > 0 && kill(pid, 0) == 0; }
-
-// Runs the main loop until `done` holds or about ten seconds pass.
-template <typename F>
-bool PumpUntil(F done) {
-  for (int i = 0; i < 1000 && !done(); ++i) {
-    while (gtk_events_pending()) gtk_main_iteration();
-    usleep(10000);
-  }
-  return done();
-}
 
 bool WindowTitled(const std::string& title) {
   return nebro::test::Shell("xdotool search --name '^" + title + "$' >/dev/null 2>&1") == 0;
@@ -32,8 +21,8 @@ bool WindowTitled(const std::string& title) {
 }  // namespace
 
 TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
-  char name[] = "/tmp/nebro-viewer-XXXXXX";
-  const std::string dir = mkdtemp(name);
+  const nebro::test::TempFolder folder;
+  const std::string& dir = folder.Path();
   setenv("XDG_CONFIG_HOME", (dir + "/cfg").c_str(), 1);
   std::ofstream(dir + "/first.txt") << "first\n";
   std::ofstream(dir + "/second.txt") << "second\n";
@@ -49,19 +38,18 @@ TEST(ViewerLaunch, ANewLaunchEndsThePreviousViewer) {
   nebro::LaunchViewer(GTK_WINDOW(owner), dir + "/first.txt");
   const int first = nebro::ViewerProcess();
   ASSERT_GT(first, 0);
-  EXPECT_TRUE(PumpUntil([] { return WindowTitled("Nebro Viewer - first.txt"); }));
+  EXPECT_TRUE(WaitUntil([] { return WindowTitled("Nebro Viewer - first.txt"); }));
 
   nebro::LaunchViewer(GTK_WINDOW(owner), dir + "/second.txt");
   const int second = nebro::ViewerProcess();
   ASSERT_GT(second, 0);
   EXPECT_NE(first, second);
-  EXPECT_TRUE(PumpUntil([&] { return !Alive(first); })) << "the first viewer still runs";
-  EXPECT_TRUE(PumpUntil([] { return WindowTitled("Nebro Viewer - second.txt"); }));
+  EXPECT_TRUE(WaitUntil([&] { return !Alive(first); })) << "the first viewer still runs";
+  EXPECT_TRUE(WaitUntil([] { return WindowTitled("Nebro Viewer - second.txt"); }));
   EXPECT_TRUE(Alive(second));
 
   // Closing the editor's side ends the viewer too.
   nebro::EndViewer();
-  EXPECT_TRUE(PumpUntil([&] { return !Alive(second); }));
+  EXPECT_TRUE(WaitUntil([&] { return !Alive(second); }));
   gtk_widget_destroy(owner);
-  fs::remove_all(dir);
 }

@@ -21,7 +21,6 @@ using namespace nebro::testing;
 
 namespace {
 
-
 class HelpWindowTest : public MainWindowTest {
  protected:
   void Configure() override { ASSERT_TRUE(StartWindowManager()); }
@@ -46,18 +45,17 @@ class HelpWindowTest : public MainWindowTest {
 };
 
 TEST_F(HelpWindowTest, OpensFromTheToolbarListsEveryKeyAndKeepsItsPlace) {
-  AccessibilityResult r = Accessible({"click|push button|Help", "wait|frame|Nebro - Help",
-                                      "wait|list box|Help topics", "select|list item|Keyboard shortcuts",
-                                      "state|list item|Keyboard shortcuts", "text|text|Help text"});
-  ASSERT_TRUE(r.ok) << r.err;
-  EXPECT_NE(r.out.substr(0, r.out.find('\n')).find("selected"), std::string::npos) << r.out;
+  const std::string out = RunSteps({"click|push button|Help", "wait|frame|Nebro - Help", "wait|list box|Help topics",
+                                     "select|list item|Keyboard shortcuts", "state|list item|Keyboard shortcuts",
+                                     "text|text|Help text"});
+  EXPECT_NE(out.substr(0, out.find('\n')).find("selected"), std::string::npos) << out;
   // Every key the main window binds, with its command, as the table holds them.
   const std::vector<KeyListEntry> keys = CommandKeyList(app::gMain.commands);
   ASSERT_GT(keys.size(), 10u);
   for (const KeyListEntry& entry : keys) {
-    EXPECT_NE(r.out.find("\n" + entry.keys + "\t" + entry.label), std::string::npos) << entry.keys << " " << entry.label;
+    EXPECT_NE(out.find("\n" + entry.keys + "\t" + entry.label), std::string::npos) << entry.keys << " " << entry.label;
   }
-  EXPECT_NE(r.out.find("F1\tHelp\n"), std::string::npos);
+  EXPECT_NE(out.find("F1\tHelp\n"), std::string::npos);
 
   GtkWidget* help = FindWindow("NebroHelp");
   ASSERT_NE(help, nullptr);
@@ -84,8 +82,7 @@ TEST_F(HelpWindowTest, OpensFromTheToolbarListsEveryKeyAndKeepsItsPlace) {
   ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(help) == 700; }, 10))
       << gtk_widget_get_allocated_width(help) << "x" << gtk_widget_get_allocated_height(help);
   SendKey(help, GDK_KEY_Escape);
-  r = Accessible({"gone|frame|Nebro - Help"});
-  EXPECT_TRUE(r.ok) << r.err;
+  RunSteps({"gone|frame|Nebro - Help"});
   EXPECT_EQ(OpenHelpWindows(), 0);
   EXPECT_EQ(settings::gSettings.helpWidth, 700);
   EXPECT_EQ(settings::gSettings.helpHeight, 500);
@@ -97,9 +94,8 @@ TEST_F(HelpWindowTest, OpensFromTheToolbarListsEveryKeyAndKeepsItsPlace) {
 
   // The next time it opens as it was left.
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdHelp));
-  r = Accessible({"wait|frame|Nebro - Help", "state|list item|Keyboard shortcuts"});
-  ASSERT_TRUE(r.ok) << r.err;
-  EXPECT_NE(r.out.find("selected"), std::string::npos) << r.out;
+  const std::string state = RunSteps({"wait|frame|Nebro - Help", "state|list item|Keyboard shortcuts"});
+  EXPECT_NE(state.find("selected"), std::string::npos) << state;
   help = FindWindow("NebroHelp");
   ASSERT_NE(help, nullptr);
   int width = 0, height = 0;
@@ -114,11 +110,10 @@ TEST_F(HelpWindowTest, StoredNonsenseReadsAsTheFirstTopicAndClosingTheEditorClos
   settings::gSettings.helpWidth = 100;
   settings::gSettings.helpHeight = 50;
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdHelp));
-  AccessibilityResult r = Accessible({"wait|frame|Nebro - Help", "state|list item|Getting started",
-                                      "select|list item|About Nebro", "text|text|Help text"});
-  ASSERT_TRUE(r.ok) << r.err;
-  EXPECT_NE(r.out.substr(0, r.out.find('\n')).find("selected"), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("Nebro " NEBRO_PROJECT_VERSION "\n"), std::string::npos) << r.out;
+  const std::string out = RunSteps({"wait|frame|Nebro - Help", "state|list item|Getting started",
+                                     "select|list item|About Nebro", "text|text|Help text"});
+  EXPECT_NE(out.substr(0, out.find('\n')).find("selected"), std::string::npos) << out;
+  EXPECT_NE(out.find("Nebro " NEBRO_PROJECT_VERSION "\n"), std::string::npos) << out;
   GtkWidget* help = FindWindow("NebroHelp");
   ASSERT_NE(help, nullptr);
   int width = 0, height = 0;

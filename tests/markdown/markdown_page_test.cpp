@@ -1,12 +1,8 @@
 // Whole pages against stored expectations: tests/data/markdown/<case>.md renders to <case>.html
 // byte for byte; and the page's font, title, file and progress.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -28,22 +24,18 @@ struct StoredCase {
   MarkdownPageOptions options;
 };
 
-MarkdownPageOptions Opts(std::string path, std::string font, int size, ThemeId theme) {
-  return {std::move(path), std::move(font), size, theme};
-}
-
 // Most cases use a monospace editor font in the dark theme; the last few vary what the head shows.
 const StoredCase kCases[] = {
-    {"line_endings", Opts("/home/ann/line_endings.md", "Consolas", 11, 0)},
-    {"blocks", Opts("/home/ann/blocks.md", "Consolas", 11, 0)},
-    {"headings", Opts("/home/ann/headings.md", "Consolas", 11, 0)},
-    {"lists", Opts("/home/ann/lists.md", "Consolas", 11, 0)},
-    {"inline", Opts("/home/ann/inline.md", "Consolas", 11, 0)},
-    {"escaping", Opts("/home/ann/escaping.md", "Consolas", 11, 0)},
-    {"sepia_georgia", Opts("/srv/sepia_georgia.md", "Georgia", 13, 5)},
-    {"light_size_zero", Opts("light_size_zero.md", "DejaVu Serif", 0, 1)},
-    {"untitled_clamped", Opts("", "", 12, 9)},
-    {"title_unescaped", Opts("/tmp/<y>.md", "cOuRiEr NeW", 14, 4)},
+    {"line_endings", {"/home/ann/line_endings.md", "Consolas", 11, 0}},
+    {"blocks", {"/home/ann/blocks.md", "Consolas", 11, 0}},
+    {"headings", {"/home/ann/headings.md", "Consolas", 11, 0}},
+    {"lists", {"/home/ann/lists.md", "Consolas", 11, 0}},
+    {"inline", {"/home/ann/inline.md", "Consolas", 11, 0}},
+    {"escaping", {"/home/ann/escaping.md", "Consolas", 11, 0}},
+    {"sepia_georgia", {"/srv/sepia_georgia.md", "Georgia", 13, 5}},
+    {"light_size_zero", {"light_size_zero.md", "DejaVu Serif", 0, 1}},
+    {"untitled_clamped", {"", "", 12, 9}},
+    {"title_unescaped", {"/tmp/<y>.md", "cOuRiEr NeW", 14, 4}},
 };
 
 }  // namespace
@@ -96,7 +88,7 @@ TEST(MarkdownPage, FontTitleAndEmptyText) {
 TEST(MarkdownFile, WritesThePageOrNothing) {
   const test::TempFolder dir;
   const std::string path = dir / "out.html";
-  const MarkdownPageOptions options = Opts("/x/doc.md", "Georgia", 12, 1);
+  const MarkdownPageOptions options = {"/x/doc.md", "Georgia", 12, 1};
   std::string page;
   ASSERT_TRUE(RenderMarkdownPage(std::string_view("# Hi\n- a"), options, page));
 

@@ -24,30 +24,11 @@ TEST(PageFrame, ArithmeticRoundsAndTruncatesWhereThePrinterDoes) {
   EXPECT_EQ(MarginToPixels(1500, 96), 57);    // 850 twips = 56.67 px
   EXPECT_EQ(MarginToPixels(2000, 96), 76);    // 1133 twips = 75.53 px
   EXPECT_EQ(MarginToPixels(1500, 600), 354);
-  EXPECT_EQ(ScreenDpiOrDefault(0), 96);
-  EXPECT_EQ(ScreenDpiOrDefault(144), 144);
 
   EXPECT_EQ(BodyFontHeight(11, 96), 15);  // 14.67
   EXPECT_EQ(FooterFontHeight(11, 96), 17);
   EXPECT_EQ(FooterBandHeight(11, 96), 29);    // 29.33
   EXPECT_EQ(FooterBandHeight(10, 600), 167);  // 166.67
-}
-
-TEST(PageFrame, PreviewIsA4AtTheScreenResolution) {
-  const DevicePage p96 = PreviewDevicePage(96, 96);
-  EXPECT_EQ(p96.physicalWidth, 793);    // 793.73, truncated
-  EXPECT_EQ(p96.physicalHeight, 1122);  // 1122.53
-  EXPECT_EQ(PreviewDevicePage(600, 600).physicalHeight, 7015);
-
-  const PageMargins defaults;
-  PageFrame f = PreviewPageFrame(96, 96, defaults, 11);
-  EXPECT_EQ(f.content, (PageRect{57, 57, 736, 1036}));
-  EXPECT_EQ(f.footer, (PageRect{57, 1036, 736, 1065}));
-  f = PreviewPageFrame(600, 600, defaults, 11);
-  EXPECT_EQ(f.content, (PageRect{354, 354, 4606, 6478}));
-  // Each margin goes to its own side.
-  f = PreviewPageFrame(96, 96, PageMargins{500, 1000, 1500, 2000}, 11);
-  EXPECT_EQ(f.content, (PageRect{19, 38, 736, 1017}));
 }
 
 TEST(PageFrame, PrinterFrameAddsTheOffsetsOnBothSides) {
@@ -65,11 +46,11 @@ TEST(PageFrame, PrinterFrameAddsTheOffsetsOnBothSides) {
   // Horizontal margins use the horizontal resolution, vertical ones the vertical.
   f = ComputePageFrame(DevicePage{5100, 3300, 0, 0, 600, 300}, tenMm, 10);
   EXPECT_EQ(f.content, (PageRect{236, 118, 4864, 3099}));
-  // The preview's A4 page on a printer without offsets gives the preview's frame.
-  EXPECT_EQ(ComputePageFrame(PreviewDevicePage(96, 96), PageMargins{}, 11).content,
-            PreviewPageFrame(96, 96, PageMargins{}, 11).content);
   // Paper sizes from the page setup go through the margin arithmetic (rounded pixels).
   EXPECT_EQ(PaperDevicePage(PaperSize{}, 600, 600, 0, 0).physicalWidth, 4960);
+  // Each margin goes to its own side (A4 at 96 dpi: 794 x 1122 pixels).
+  f = ComputePageFrame(PaperDevicePage(PaperSize{21000, 29700}, 96, 96, 0, 0), PageMargins{500, 1000, 1500, 2000}, 11);
+  EXPECT_EQ(f.content, (PageRect{19, 38, 737, 1017}));
 }
 
 }  // namespace

@@ -4,11 +4,10 @@
 #include <pango/pangocairo.h>
 #include <stdlib.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string>
 
+#include "../support/process.h"
 #include "print/page_layout_gtk.h"
 #include "print/pdf_export_gtk.h"
 #include "print/print_texts.h"
@@ -16,34 +15,12 @@
 namespace nebro::print {
 namespace {
 
-std::string Capture(const std::string& command) {
-  std::string out;
-  std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-  char buffer[4096];
-  size_t n;
-  while (pipe && (n = fread(buffer, 1, sizeof buffer, pipe.get())) > 0) out.append(buffer, n);
-  return out;
-}
-
-int PdfPageCount(const std::string& path) {
-  const std::string info = Capture("pdfinfo '" + path + "'");
-  const auto at = info.find("Pages:");
-  return at == std::string::npos ? -1 : std::stoi(info.substr(at + 6));
-}
-
-std::string PdfPageText(const std::string& path, int page) {
-  const std::string n = std::to_string(page);
-  return Capture("pdftotext -layout -f " + n + " -l " + n + " '" + path + "' -");
-}
+using test::PdfPageCount;
 
 class PdfPagesTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char name[] = "/tmp/nebro-pdf-XXXXXX";
-    folder = mkdtemp(name);
-  }
-  void TearDown() override { std::filesystem::remove_all(folder); }
-  std::string folder;
+  test::TempFolder dir;
+  const std::string folder = dir.Path();
 };
 
 // Lines of different lengths, some wrapping several times, some empty, so the split depends on
@@ -74,28 +51,25 @@ TEST_F(PdfPagesTest, PdfPagesAreTheLaidOutPages) {
   ASSERT_EQ(PdfPageCount(path), doc.PageCount());
 
   for (int page = 0; page < doc.PageCount(); ++page) {
-    const std::string text = PdfPageText(path, page + 1);
+    const std::string n = std::to_string(page + 1);
+    SCOPED_TRACE("page " + n);
+    const std::string text = test::PdfText(path, "-layout -f " + n + " -l " + n);
     const PageLineRange range = LinesOfPage(doc.pageStarts, page, doc.lines.size());
     // The page's first non-empty line is on it, and the line before the page is not.
     size_t first = range.first;
     while (first < range.last && doc.lines[first].length == 0) ++first;
     ASSERT_LT(first, range.last);
     const std::string firstLine(LineText(doc.text, doc.lines[first]).substr(0, 10));
-    EXPECT_NE(text.find(firstLine.substr(0, firstLine.find(' '))), std::string::npos)
-        << "page " << page + 1;
+    EXPECT_NE(text.find(firstLine.substr(0, firstLine.find(' '))), std::string::npos);
     const std::string lastLine(LineText(doc.text, doc.lines[range.last - 1]));
     if (!lastLine.empty()) {
-      EXPECT_NE(text.find(lastLine.substr(0, lastLine.find(' '))), std::string::npos)
-          << "page " << page + 1;
+      EXPECT_NE(text.find(lastLine.substr(0, lastLine.find(' '))), std::string::npos);
     }
-    if (range.first > 0) {
-      std::string before(LineText(doc.text, doc.lines[range.first - 1]));
-      if (!before.empty()) {
-        EXPECT_EQ(text.find(before.substr(0, before.find(' '))), std::string::npos)
-            << "page " << page + 1;
-      }
+    const std::string before(range.first > 0 ? LineText(doc.text, doc.lines[range.first - 1]) : "");
+    if (!before.empty()) {
+      EXPECT_EQ(text.find(before.substr(0, before.find(' '))), std::string::npos);
     }
-    EXPECT_NE(text.find(PageFooterText(page + 1)), std::string::npos) << "page " << page + 1;
+    EXPECT_NE(text.find(PageFooterText(page + 1)), std::string::npos);
   }
 }
 

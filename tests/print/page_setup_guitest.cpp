@@ -17,10 +17,7 @@ class PageSetupTest : public MainWindowTest {
   void RunAnswering(const std::vector<std::string>& steps) {
     std::vector<std::string> all = {"wait|dialog|Page Setup"};
     all.insert(all.end(), steps.begin(), steps.end());
-    AccessibilityProbe probe(all);
-    EXPECT_TRUE(app::DispatchCommand(kCmdPageSetup));
-    const AccessibilityResult& r = probe.Finish();
-    EXPECT_TRUE(r.ok) << r.err;
+    RunSteps(all, [] { EXPECT_TRUE(app::DispatchCommand(kCmdPageSetup)); });
   }
 };
 

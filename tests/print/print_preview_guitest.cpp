@@ -3,13 +3,11 @@
 // Escape closing the window.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "app/main_window_gtk.h"
 #include "common/command_ids.h"
 #include "common/command_table.h"
-#include "gtk/message_box_gtk.h"
 #include "print/page_layout_gtk.h"
 #include "print/pdf_export_gtk.h"
 #include "print/print_texts.h"
@@ -20,24 +18,12 @@
 
 using namespace nebro;
 using namespace nebro::testing;
-using nebro::test::ShellOutput;
+using nebro::test::PdfPageCount;
+using nebro::test::PdfText;
 
 namespace {
 
 class PrintPreviewTest : public MainWindowTest {};
-
-GtkWidget* Toplevel(const char* title) {
-  GtkWidget* found = nullptr;
-  GList* all = gtk_window_list_toplevels();
-  for (GList* l = all; l; l = l->next) {
-    const char* t = gtk_window_get_title(GTK_WINDOW(l->data));
-    if (t && std::string(t) == title && gtk_widget_get_visible(GTK_WIDGET(l->data))) {
-      found = GTK_WIDGET(l->data);
-    }
-  }
-  g_list_free(all);
-  return found;
-}
 
 std::string Lines(int count) {
   std::string text;
@@ -57,39 +43,30 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
   const int pages = expected.PageCount();
   ASSERT_GT(pages, 3);
   auto label = [pages](int page) { return "Page " + std::to_string(page) + " / " + std::to_string(pages); };
-  const std::string first = label(1);
-  const std::string second = label(2);
 
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
-  AccessibilityResult r = Accessible({"wait|frame|Nebro - Print Preview", "wait|label|" + first,
-                                      "click|push button|" + std::string(print::kPreviewNextText),
-                                      "wait|label|" + second,
-                                      "click|push button|" + std::string(print::kPreviewPrevText),
-                                      "wait|label|" + first});
-  ASSERT_TRUE(r.ok) << r.err;
+  RunSteps({"wait|frame|Nebro - Print Preview", "wait|label|" + label(1),
+            "click|push button|" + std::string(print::kPreviewNextText), "wait|label|" + label(2),
+            "click|push button|" + std::string(print::kPreviewPrevText), "wait|label|" + label(1)});
 
-  GtkWidget* preview = Toplevel(print::kPrintPreviewTitle);
+  GtkWidget* preview = FindWindow("NebroPrintPreview");
   ASSERT_NE(preview, nullptr);
   SendKey(preview, GDK_KEY_Page_Down);
   SendKey(preview, GDK_KEY_Right);
-  r = Accessible({"wait|label|" + label(3)});
-  EXPECT_TRUE(r.ok) << r.err;
+  RunSteps({"wait|label|" + label(3)});
   SendKey(preview, GDK_KEY_Left);
-  r = Accessible({"wait|label|" + second});
-  EXPECT_TRUE(r.ok) << r.err;
+  RunSteps({"wait|label|" + label(2)});
 
   // The PDF of the same document gets the pages the preview counts.
   const std::string pdf = folder + "/same.pdf";
   ASSERT_TRUE(print::ExportPdf(nullptr, text, style, pdf).ok);
-  const std::string out = ShellOutput("pdfinfo '" + pdf + "'");
-  EXPECT_NE(out.find("Pages:           " + std::to_string(pages) + "\n"), std::string::npos) << out;
+  EXPECT_EQ(PdfPageCount(pdf), pages);
 
   // Its size is kept for the next preview.
   gtk_window_resize(GTK_WINDOW(preview), 700, 560);
   ASSERT_TRUE(WaitUntil([&] { return gtk_widget_get_allocated_width(preview) == 700; }, 5));
   SendKey(preview, GDK_KEY_Escape);
-  r = Accessible({"gone|frame|Nebro - Print Preview"});
-  EXPECT_TRUE(r.ok) << r.err;
+  RunSteps({"gone|frame|Nebro - Print Preview"});
   EXPECT_EQ(settings::gSettings.previewWidth, 700);
   EXPECT_EQ(settings::gSettings.previewHeight, 560);
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
@@ -103,15 +80,12 @@ TEST_F(PrintPreviewTest, PagesForwardAndBackAndEscapeCloses) {
 }
 
 TEST_F(PrintPreviewTest, AnEmptyDocumentSaysSoAndOpensNothing) {
-  std::string shown;
-  SetMessageBoxHook([&](int, const std::string& text, const std::string&) {
-    shown = text;
-    return 1;
-  });
+  boxesExpected = true;
   ASSERT_TRUE(RunCommand(app::gMain.commands, kCmdPrintPreview));
-  SetMessageBoxHook({});
-  EXPECT_EQ(shown, print::kPreviewEmptyText);
-  EXPECT_EQ(Toplevel(print::kPrintPreviewTitle), nullptr);
+  ASSERT_EQ(asked.size(), 1u);
+  EXPECT_EQ(asked[0].text, print::kPreviewEmptyText);
+  EXPECT_EQ(FindWindow("NebroPrintPreview"), nullptr);
+  EXPECT_EQ(FindWindow("NebroPrintPreviewProgress"), nullptr);
 }
 
 // Ctrl+P through GTK's own print dialog to its "Print to File" printer: the PDF has the pages the
@@ -124,20 +98,17 @@ TEST_F(PrintPreviewTest, PrintsToAFileThroughThePrintDialog) {
       print::PaginateDocument(text, print::PageStyleFromSettings(settings::gSettings));
   ASSERT_GT(expected.PageCount(), 2);
   const std::string pdf = folder + "/printed.pdf";
-  AccessibilityProbe probe({"wait|dialog|Print", "select|table cell|Print to File", "click|radio button|PDF",
-                            "click|push button|*output.pdf", "set|text@Select a filename||" + pdf,
-                            "click|push button@Select a filename|Select", "wait|push button|*/printed.pdf",
-                            "click|push button@Print|Print"});
-  SendKey(app::gMain.window, GDK_KEY_p, GDK_CONTROL_MASK);
-  const AccessibilityResult& r = probe.Finish();
-  ASSERT_TRUE(r.ok) << r.err;
-  std::string info;
-  ASSERT_TRUE(WaitUntil([&] { return (info = ShellOutput("pdfinfo '" + pdf + "' 2>&1")).find("Pages:") != info.npos; }));
-  EXPECT_NE(info.find("Pages:           " + std::to_string(expected.PageCount()) + "\n"), std::string::npos) << info;
+  RunSteps({"wait|dialog|Print", "select|table cell|Print to File", "click|radio button|PDF",
+            "click|push button|*output.pdf", "set|text@Select a filename||" + pdf,
+            "click|push button@Select a filename|Select", "wait|push button|*/printed.pdf",
+            "click|push button@Print|Print"},
+           [] { SendKey(app::gMain.window, GDK_KEY_p, GDK_CONTROL_MASK); });
+  ASSERT_TRUE(WaitUntil([&] { return PdfPageCount(pdf) > 0; }));
+  EXPECT_EQ(PdfPageCount(pdf), expected.PageCount());
   auto squeezed = [](std::string s) { return std::erase_if(s, [](char c) { return std::isspace(c); }), s; };
   for (int page = 1; page <= expected.PageCount(); ++page) {
     const std::string n = std::to_string(page);
-    const std::string shown = squeezed(ShellOutput("pdftotext -f " + n + " -l " + n + " '" + pdf + "' -"));
+    const std::string shown = squeezed(PdfText(pdf, "-f " + n + " -l " + n));
     const print::LineSpan first = expected.lines[expected.pageStarts[page - 1]];
     EXPECT_TRUE(shown.starts_with(squeezed(std::string(print::LineText(text, first))))) << n << ": " << shown.substr(0, 60);
     EXPECT_TRUE(shown.ends_with("-" + n + "-")) << n << ": " << shown.substr(shown.size() - std::min<size_t>(shown.size(), 60));

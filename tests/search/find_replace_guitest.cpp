@@ -7,7 +7,6 @@
 #include "appearance/theme_gtk.h"
 #include "appearance/themes.h"
 #include "common/command_ids.h"
-#include "common/utf.h"
 #include "gtk/widget_style_gtk.h"
 #include "search/find_replace_window_gtk.h"
 #include "support/accessibility.h"
@@ -25,9 +24,7 @@ class FindReplaceTest : public MainWindowTest {
   // Runs the steps, which start by waiting for the window, and returns what they printed.
   std::string Steps(std::vector<std::string> steps) {
     steps.insert(steps.begin(), std::string("wait|") + kWindow);
-    const AccessibilityResult r = Accessible(steps);
-    EXPECT_TRUE(r.ok) << r.err;
-    return r.out;
+    return RunSteps(steps);
   }
   std::string Status() { return Steps({"text|label|Status"}); }
   std::pair<long, long> Selection() { return {Send(sci::SCI_GETSELECTIONSTART), Send(sci::SCI_GETSELECTIONEND)}; }
@@ -43,18 +40,12 @@ class FindReplaceTest : public MainWindowTest {
     }
     return ranges;
   }
-  static Colour TextColour(GtkWidget* widget) {
-    GdkRGBA c;
-    gtk_style_context_get_color(gtk_widget_get_style_context(widget), GTK_STATE_FLAG_NORMAL, &c);
-    return Rgb(c.red * 255 + 0.5, c.green * 255 + 0.5, c.blue * 255 + 0.5);
-  }
   static GtkWidget* Control(int id) {
     return FindChildByName(search::FindReplaceWindow(), std::to_string(id).c_str());
   }
 };
 
 using Ranges = std::vector<std::pair<long, long>>;
-
 
 TEST_F(FindReplaceTest, FindsWithWrapReplacesAllAsOneUndoStepAndKeepsItsChoices) {
   const std::string text = "alpha beta alpha gamma\nALPHA alphabet";

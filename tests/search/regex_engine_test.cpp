@@ -217,9 +217,8 @@ TEST(RegexSingleSearches, FindNextFindPrevAndWholeMatch) {
   RegexPtr cat = BuildRegex(u"cat", true, false);
   RegexPtr cow = BuildRegex(u"cow", true, false);
   auto start = [](const RegexFound& found) { return found.match ? found.match->start : -1; };
-  // Find / Next from the caret, else from the start; it searches the sub-range, so '^' matches
-  // at the caret.
-  EXPECT_EQ(start(FindNextMatch(text, *cat, 1)), 8);
+  // Find / Next from the caret, else from the start (the plain steps both ways, on the real window:
+  // regex_search_guitest); it searches the sub-range, so '^' matches at the caret.
   EXPECT_EQ(FindNextMatch(text, *cat, 1).match->line, 2);
   EXPECT_EQ(start(FindNextMatch(text, *cat, 18)), 0);
   EXPECT_EQ(start(FindNextMatch(text, *cow, 3)), -1);
@@ -227,7 +226,6 @@ TEST(RegexSingleSearches, FindNextFindPrevAndWholeMatch) {
 
   // Find Prev: the last match wholly before the anchor, else the last one of the text; it
   // enumerates with iterator semantics, so '^' only at the start of the text.
-  EXPECT_EQ(start(FindPrevMatch(text, *cat, 17)), 8);
   EXPECT_EQ(start(FindPrevMatch(text, *cat, 10)), 0);
   EXPECT_EQ(start(FindPrevMatch(text, *cat, 2)), 17);
   EXPECT_EQ(FindPrevMatch(text, *cat, 2).match->line, 2);

@@ -5,10 +5,12 @@
 #pragma once
 
 #include <glib.h>
+#include <gtest/gtest.h>
 #include <gtk/gtk.h>
 
 #include <unistd.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -115,6 +117,17 @@ class AccessibilityProbe {
 inline AccessibilityResult Accessible(const std::vector<std::string>& steps) {
   AccessibilityProbe probe(steps);
   return probe.Finish();
+}
+
+// Runs the steps to the end, a failed step failing the test; returns what they printed. With
+// `start`, the steps begin first and then `start` runs (it may block in a modal dialog that the
+// steps answer).
+inline std::string RunSteps(const std::vector<std::string>& steps, const std::function<void()>& start = {}) {
+  AccessibilityProbe probe(steps);
+  if (start) start();
+  const AccessibilityResult& r = probe.Finish();
+  EXPECT_TRUE(r.ok) << r.err << "\n" << r.out;
+  return r.out;
 }
 
 }  // namespace nebro::testing

@@ -11,15 +11,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <signal.h>
 #include <sys/fsuid.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -162,6 +166,22 @@ inline bool MountReadOnlyView(TempFolder& folder, const std::string& source, con
   if (mount(source.c_str(), dir.c_str(), nullptr, MS_BIND, nullptr) != 0) return false;
   folder.AddMount(dir);
   return mount(nullptr, dir.c_str(), nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+}
+
+// Runs `write` in a child process whose files cannot grow past `bytes`, so that a write stops
+// part-way as on a full disk while the test runner keeps its own limit. Returns what `write`
+// returned (0 to 255), or -1 when the child did not exit.
+inline int WithFileSizeLimit(rlim_t bytes, const std::function<int()>& write) {
+  const pid_t child = fork();
+  if (child == 0) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    _exit(write());
+  }
+  int status = 0;
+  if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+  return WEXITSTATUS(status);
 }
 
 inline constexpr const char* kNoMountsReason =

@@ -100,6 +100,15 @@ struct Snapshot {
   }
 };
 
+// The colour a widget's text is drawn in, in its present state.
+inline Colour TextColour(GtkWidget* widget) {
+  GtkStyleContext* style = gtk_widget_get_style_context(widget);
+  GdkRGBA c;
+  gtk_style_context_get_color(style, gtk_style_context_get_state(style), &c);
+  return Rgb(static_cast<unsigned>(c.red * 255 + 0.5), static_cast<unsigned>(c.green * 255 + 0.5),
+             static_cast<unsigned>(c.blue * 255 + 0.5));
+}
+
 inline int ColourDistance(Colour a, Colour b) {
   return std::abs(static_cast<int>(RedOf(a)) - static_cast<int>(RedOf(b))) +
          std::abs(static_cast<int>(GreenOf(a)) - static_cast<int>(GreenOf(b))) +

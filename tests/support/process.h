@@ -129,6 +129,17 @@ inline std::string ShellOutput(const std::string& command) {
   return out;
 }
 
+// What poppler's tools read from a PDF: its number of pages (-1 when it cannot be read), and its
+// text as pdftotext prints it with `options` (pages, layout).
+inline int PdfPageCount(const std::string& pdf) {
+  const std::string info = ShellOutput("pdfinfo '" + pdf + "' 2>&1");
+  const size_t at = info.find("Pages:");
+  return at == std::string::npos ? -1 : std::atoi(info.c_str() + at + 6);
+}
+inline std::string PdfText(const std::string& pdf, const std::string& options = "-layout") {
+  return ShellOutput("pdftotext " + options + " '" + pdf + "' -");
+}
+
 // The id of the window whose whole title is `title`, asked of the X server every 100 ms for up
 // to ten seconds; "" when there is none.
 inline std::string WaitForWindow(const std::string& title) {

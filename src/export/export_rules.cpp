@@ -89,11 +89,6 @@ std::string ExportInitialFileName(std::string_view documentPath, std::string_vie
 
 std::span<const ExportThreshold> ExportThresholds() { return kThresholds; }
 
-std::optional<int32_t> ExportLineLimit(int32_t format, bool markdown) {
-  if (const ExportThreshold* row = FindThreshold(format, markdown)) return row->maxLines;
-  return std::nullopt;
-}
-
 std::optional<std::string> ViewerOfferQuestion(int32_t format, bool markdown, int32_t lineCount) {
   const ExportThreshold* row = FindThreshold(format, markdown);
   if (!row || lineCount <= row->maxLines) return std::nullopt;

@@ -57,10 +57,6 @@ struct ExportThreshold {
 // The rows with a line limit. HTML, PDF and RTF have one; plain text has none.
 std::span<const ExportThreshold> ExportThresholds();
 
-// The line limit for a format, or nullopt when there is none (plain text, unknown ids).
-// RTF has the same limit for Markdown documents as for others.
-std::optional<int32_t> ExportLineLimit(int32_t format, bool markdown);
-
 // The viewer question when `lineCount` is above the format's limit, otherwise nullopt.
 std::optional<std::string> ViewerOfferQuestion(int32_t format, bool markdown, int32_t lineCount);
 

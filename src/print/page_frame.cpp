@@ -6,14 +6,7 @@ namespace nebro::print {
 
 namespace {
 
-// A4 in twips: 210 mm × 297 mm at 1440 twips to the inch.
-constexpr int kA4WidthTwips = 11906;
-constexpr int kA4HeightTwips = 16838;
 constexpr int kTwipsPerInch = 1440;
-
-int TruncatedTwipsToPixels(int twips, int dpi) {
-  return static_cast<int>(static_cast<int64_t>(twips) * dpi / kTwipsPerInch);
-}
 
 }  // namespace
 
@@ -39,17 +32,6 @@ int TwipsToPixels(int twips, int dpi) { return MulDivRounded(twips, dpi, kTwipsP
 
 int MarginToPixels(int hundredthsMm, int dpi) {
   return TwipsToPixels(HundredthsMmToTwips(hundredthsMm), dpi);
-}
-
-int ScreenDpiOrDefault(int dpi) { return dpi > 0 ? dpi : 96; }
-
-DevicePage PreviewDevicePage(int dpiX, int dpiY) {
-  DevicePage page;
-  page.dpiX = dpiX;
-  page.dpiY = dpiY;
-  page.physicalWidth = TruncatedTwipsToPixels(kA4WidthTwips, dpiX);
-  page.physicalHeight = TruncatedTwipsToPixels(kA4HeightTwips, dpiY);
-  return page;
 }
 
 DevicePage PaperDevicePage(const PaperSize& paper, int dpiX, int dpiY, int offsetX, int offsetY) {
@@ -84,10 +66,6 @@ PageFrame ComputePageFrame(const DevicePage& page, const PageMargins& margins, i
   frame.footer = {frame.content.left, frame.content.bottom, frame.content.right,
                   frame.content.bottom + band};
   return frame;
-}
-
-PageFrame PreviewPageFrame(int dpiX, int dpiY, const PageMargins& margins, int fontSize) {
-  return ComputePageFrame(PreviewDevicePage(dpiX, dpiY), margins, fontSize);
 }
 
 }  // namespace nebro::print

@@ -19,9 +19,6 @@ int TwipsToPixels(int twips, int dpi);
 // A margin in device pixels: through truncated twips, then rounded to pixels.
 int MarginToPixels(int hundredthsMm, int dpi);
 
-// The screen resolution, 96 when the system does not say.
-int ScreenDpiOrDefault(int dpi);
-
 // Margins as the page-setup dialog returns them, in hundredths of a millimetre.
 struct PageMargins {
   int left = 1500;
@@ -56,10 +53,6 @@ struct DevicePage {
   int dpiY = 96;
 };
 
-// A4 portrait (11906 × 16838 twips) at the screen's resolution, no offsets, pixels truncated:
-// the page the preview paginates.
-DevicePage PreviewDevicePage(int dpiX, int dpiY);
-
 // A paper size from the page setup as a device page at the given resolution and offsets.
 DevicePage PaperDevicePage(const PaperSize& paper, int dpiX, int dpiY, int offsetX, int offsetY);
 
@@ -81,8 +74,5 @@ struct PageFrame {
 // margin; bottom = height − footer band − offsetY − bottom margin. The offsets count on both
 // sides, on top of the margins.
 PageFrame ComputePageFrame(const DevicePage& page, const PageMargins& margins, int fontSize);
-
-// The preview's frame: the preview page with the same margins and footer band.
-PageFrame PreviewPageFrame(int dpiX, int dpiY, const PageMargins& margins, int fontSize);
 
 }  // namespace nebro::print

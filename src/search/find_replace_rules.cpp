@@ -52,24 +52,6 @@ Colour FindStatusColour(FindStatusKind kind, Colour dialogText) {
   return dialogText;
 }
 
-bool AddToFindHistory(FindHistory& history, std::u16string_view text) {
-  if (text.empty()) return false;
-  const std::u16string entry(text.substr(0, kFindHistoryEntryUnits));
-  const auto found = std::find(history.begin(), history.end(), entry);
-  // Entries before the found one (or all but the last when none was found) move down a place.
-  const auto last = found != history.end() ? found : history.end() - 1;
-  std::move_backward(history.begin(), last, last + 1);
-  history[0] = entry;
-  return true;
-}
-
-std::vector<std::u16string> FindHistoryComboEntries(const FindHistory& history) {
-  std::vector<std::u16string> entries;
-  for (const auto& e : history)
-    if (!e.empty()) entries.push_back(e);
-  return entries;
-}
-
 std::string ClipFindFieldText(std::string_view utf8) {
   std::u16string units = Utf8ToUtf16(utf8);
   if (units.size() <= kFindFieldMaxUnits) return std::string(utf8);

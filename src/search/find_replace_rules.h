@@ -63,20 +63,6 @@ FindStatus ReplaceAllStatus(int count);
 // dialog text.
 Colour FindStatusColour(FindStatusKind kind, Colour dialogText);
 
-// The find and replace histories: ten entries, most recent first, at most 255 UTF-16 units each
-// (the settings file keeps them as UTF-16).
-inline constexpr size_t kFindHistoryEntries = 10;
-inline constexpr size_t kFindHistoryEntryUnits = 255;
-using FindHistory = std::array<std::u16string, kFindHistoryEntries>;
-
-// An empty text is not added. A text equal to an entry (case-sensitive) moves that entry to the
-// front and the entries before it down one place; any other text pushes every entry down one
-// place, dropping the tenth. Returns false when the text was empty.
-bool AddToFindHistory(FindHistory& history, std::u16string_view text);
-
-// The entries a combo box lists, in order, empty entries skipped.
-std::vector<std::u16string> FindHistoryComboEntries(const FindHistory& history);
-
 // The dialog reads at most 255 UTF-16 units of a field; a surrogate pair is not split.
 inline constexpr size_t kFindFieldMaxUnits = 255;
 std::string ClipFindFieldText(std::string_view utf8);

@@ -3,7 +3,6 @@
 // draws with, and its control numbers. The GTK dialog only wires widgets to these.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -235,7 +235,6 @@ void OnRegexReplaceAll(RegexWindow& w) {
 void OnRegexFindAll(RegexWindow& w) {
   std::u16string pattern;
   if (!w.editor || !ReadPattern(w, pattern)) return;
-  const std::u16string replacement = FieldOf(w.replacement);
   Remember(w, pattern, nullptr);
   ReadRegexOptions(w);
   const settings::AppSettings& s = *w.settings;
@@ -254,7 +253,6 @@ void OnRegexFindAll(RegexWindow& w) {
 
   RegexSearchRequest request;
   request.pattern = pattern;
-  request.replacement = replacement;
   request.matchCase = s.regexMatchCase;
   request.wholeWord = s.regexWholeWord;
   request.preserveCase = s.regexPreserveCase;
@@ -352,17 +350,6 @@ void OnRegexOpenResults(RegexWindow& w) {
 void OnRegexApply(RegexWindow& w) {
   ReadRegexOptions(w);
   const settings::AppSettings& s = *w.settings;
-  RegexSearchState& state = SharedRegexSearchState();
-  {
-    std::lock_guard<std::mutex> lock(state.regexMutex);
-    state.matchCase = s.regexMatchCase;
-    state.wholeWord = s.regexWholeWord;
-    state.preserveCase = s.regexPreserveCase;
-    state.batchSize = s.regexBatchSize;
-    state.maxMatches = s.regexMaxMatches;
-    state.includeLineNumbers = s.regexIncludeLineNumbers;
-    state.outputFormat = static_cast<int32_t>(s.regexOutputFormat);
-  }
   settings::SaveSettings(*w.settings);
   ClearRegexHighlights(w);
   w.highlighted = 0;

@@ -67,14 +67,6 @@ RegexCompletion RunRegexSearch(RegexSearchRequest& request, RegexSearchState& st
     } else {
       CloseResultsFile(state.log);
       state.pattern = request.pattern;
-      state.replacement = request.replacement;
-      state.matchCase = request.matchCase;
-      state.wholeWord = request.wholeWord;
-      state.preserveCase = request.preserveCase;
-      state.batchSize = request.batchSize;
-      state.maxMatches = request.maxMatches;
-      state.includeLineNumbers = request.includeLineNumbers;
-      state.outputFormat = request.outputFormat;
       state.searching = true;
       state.totalMatches = 0;
       state.cursor = 0;

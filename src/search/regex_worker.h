@@ -22,7 +22,6 @@ namespace nebro::search {
 // One started search.
 struct RegexSearchRequest {
   std::u16string pattern;
-  std::u16string replacement;  // copied into the shared state, not used by the run
   bool matchCase = false;
   bool wholeWord = false;
   bool preserveCase = false;
@@ -48,15 +47,7 @@ enum class RegexCompletion : int {
 struct RegexSearchState {
   std::mutex regexMutex;
 
-  std::u16string pattern;
-  std::u16string replacement;
-  bool matchCase = false;
-  bool wholeWord = false;
-  bool preserveCase = false;
-  uint64_t batchSize = 3000;
-  uint64_t maxMatches = 10000;
-  bool includeLineNumbers = true;
-  int32_t outputFormat = 1;
+  std::u16string pattern;  // the session's
 
   bool searching = false;
   uint64_t totalMatches = 0;

@@ -174,7 +174,6 @@ RegexSearchRequest Request(std::u16string pattern, std::string document, uint64_
                            uint64_t maxMatches, bool findMore = false) {
   RegexSearchRequest request;
   request.pattern = std::move(pattern);
-  request.replacement.assign(1, u'r');  // (a literal here trips a false GCC 12 warning)
   request.batchSize = batchSize;
   request.maxMatches = maxMatches;
   request.findMore = findMore;

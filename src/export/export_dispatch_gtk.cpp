@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <memory>
 
 #include "appearance/current_theme.h"
@@ -152,6 +153,43 @@ ProgressOptions ExportProgress(GtkWindow* owner, std::string_view title, std::st
   return options;
 }
 
+// A styled export on the progress worker: the editor's text and styles are read in pieces,
+// `write` makes the file from them, and `done` reports on the UI thread while the owner exists.
+template <typename Input>
+struct StyledJob {
+  Input input;
+  Captured captured;
+  size_t length = 0;
+  std::string path;
+  ExportResult result = ExportResult::Cancelled;
+  uint64_t started = 0;
+};
+
+template <typename Input>
+void RunStyledExport(GtkWindow* owner, GtkWidget* editor, ProgressOptions progress, Input input, size_t length,
+                     const std::string& path,
+                     std::function<ExportResult(StyledJob<Input>&, ProgressReporter&)> write,
+                     std::function<void(GtkWindow*, bool cancelled, const StyledJob<Input>&)> done) {
+  auto job = std::make_shared<StyledJob<Input>>();
+  job->input = std::move(input);
+  job->length = length;
+  job->path = path;
+  job->started = NowMs();
+  auto ownerWatch = std::make_shared<WidgetWatch>(GTK_WIDGET(owner));
+  auto editorWatch = std::make_shared<WidgetWatch>(editor);
+  RunWithProgress(
+      std::move(progress),
+      [job, editorWatch, write](ProgressReporter& reporter) {
+        if (!CaptureStyledText(reporter, editorWatch, job->length, job->captured)) return;
+        job->input.document = {job->captured.text, job->captured.styles};
+        job->result = write(*job, reporter);
+        job->captured = {};
+      },
+      [job, ownerWatch, done](bool cancelled) {
+        if (GtkWindow* owner = ownerWatch->window()) done(owner, cancelled, *job);
+      });
+}
+
 // --- plain text ---------------------------------------------------------------------------
 
 bool ExportPlainTextTo(GtkWindow* owner, GtkWidget* editor, const std::string& path) {
@@ -166,45 +204,28 @@ bool ExportPlainTextTo(GtkWindow* owner, GtkWidget* editor, const std::string& p
 
 // --- HTML ---------------------------------------------------------------------------------
 
-struct HtmlJob {
-  HtmlExportInput input;
-  Captured captured;
-  size_t length = 0;
-  std::string path;
-  ExportResult result = ExportResult::Cancelled;
-  uint64_t started = 0;
-};
-
 bool ExportHtmlTo(GtkWindow* owner, GtkWidget* editor, const std::string& documentPath,
                   const settings::AppSettings& s, const std::string& path) {
   const int32_t lines = LineCount(editor);
   const auto length = static_cast<int64_t>(Send(editor, SCI_GETLENGTH));
   if (const auto question = HtmlSizeQuestion(length, lines); question && !Asked(owner, *question)) return false;
 
-  auto job = std::make_shared<HtmlJob>();
-  job->input.styles = ReadStyleTable(editor);
-  job->input.pageBackground = appearance::GetThemeColors().editorBackground;
-  job->input.title = ExportTitle(documentPath);
-  job->input.fontName = EditorFontName(s);
-  job->input.lineCount = lines;
-  job->length = static_cast<size_t>(length);
-  job->path = path;
-  job->started = NowMs();
-  auto ownerWatch = std::make_shared<WidgetWatch>(GTK_WIDGET(owner));
-  auto editorWatch = std::make_shared<WidgetWatch>(editor);
-  RunWithProgress(
-      ExportProgress(owner, kExportMessageTitle, kStatusPreparing, "NebroExportProgress"),
-      [job, editorWatch](ProgressReporter& reporter) {
-        if (!CaptureStyledText(reporter, editorWatch, job->length, job->captured)) return;
-        job->input.document = {job->captured.text, job->captured.styles};
-        job->result = ExportHtmlToFile(job->input, job->path, MonitorFor(reporter, job->input.lineCount));
-        job->captured = {};
+  HtmlExportInput input;
+  input.styles = ReadStyleTable(editor);
+  input.pageBackground = appearance::GetThemeColors().editorBackground;
+  input.title = ExportTitle(documentPath);
+  input.fontName = EditorFontName(s);
+  input.lineCount = lines;
+  RunStyledExport<HtmlExportInput>(
+      owner, editor, ExportProgress(owner, kExportMessageTitle, kStatusPreparing, "NebroExportProgress"),
+      std::move(input), static_cast<size_t>(length), path,
+      [](StyledJob<HtmlExportInput>& job, ProgressReporter& reporter) {
+        return ExportHtmlToFile(job.input, job.path, MonitorFor(reporter, job.input.lineCount));
       },
-      [job, ownerWatch](bool cancelled) {
-        GtkWindow* owner = ownerWatch->window();
-        if (cancelled || job->result != ExportResult::Ok || !owner) return;
-        if (Asked(owner, HtmlDoneQuestion(NowMs() - job->started), std::string(kHtmlExportTitle))) {
-          OpenWithDefaultApplication(owner, job->path);
+      [](GtkWindow* owner, bool cancelled, const StyledJob<HtmlExportInput>& job) {
+        if (cancelled || job.result != ExportResult::Ok) return;
+        if (Asked(owner, HtmlDoneQuestion(NowMs() - job.started), std::string(kHtmlExportTitle))) {
+          OpenWithDefaultApplication(owner, job.path);
         }
       });
   return true;
@@ -236,15 +257,6 @@ void TellRtfWriteResult(GtkWindow* owner, ExportResult result, const std::string
   if (result != ExportResult::Ok) return Tell(owner, kRtfWriteError);
   Tell(owner, RtfDoneText(path));
 }
-
-struct RtfJob {
-  RtfExportInput input;
-  Captured captured;
-  size_t length = 0;
-  std::string path;
-  ExportResult result = ExportResult::Cancelled;
-  uint64_t started = 0;
-};
 
 bool ExportRtfTo(GtkWindow* owner, GtkWidget* editor, const settings::AppSettings& s, const std::string& path) {
   const auto length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
@@ -278,36 +290,25 @@ bool ExportRtfTo(GtkWindow* owner, GtkWidget* editor, const settings::AppSetting
       return false;
     }
   }
-  auto job = std::make_shared<RtfJob>();
-  job->input = RtfInput(editor, s, lines);
-  job->length = length;
-  job->path = path;
-  job->started = NowMs();
-  auto ownerWatch = std::make_shared<WidgetWatch>(GTK_WIDGET(owner));
-  auto editorWatch = std::make_shared<WidgetWatch>(editor);
-  RunWithProgress(
-      ExportProgress(owner, kRtfExportTitle, kRtfStatusPreparing, "NebroRtfExportProgress"),
-      [job, editorWatch](ProgressReporter& reporter) {
-        if (!CaptureStyledText(reporter, editorWatch, job->length, job->captured)) return;
-        job->input.document = {job->captured.text, job->captured.styles};
-        ExportMonitor monitor = MonitorFor(reporter, job->input.lineCount);
-        const int64_t last = job->input.lineCount - 1;
+  RunStyledExport<RtfExportInput>(
+      owner, editor, ExportProgress(owner, kRtfExportTitle, kRtfStatusPreparing, "NebroRtfExportProgress"),
+      RtfInput(editor, s, lines), length, path,
+      [](StyledJob<RtfExportInput>& job, ProgressReporter& reporter) {
+        ExportMonitor monitor = MonitorFor(reporter, job.input.lineCount);
+        const int64_t last = job.input.lineCount - 1;
         int64_t line = 0;
         monitor.isCancelled = [&reporter, &line, last] {
           if (line++ == last) reporter.SetText(std::string(kRtfStatusFinalizing));
           return reporter.Cancelled();
         };
-        job->result = ExportRtfToFile(job->input, job->path, monitor);
-        job->captured = {};
+        return ExportRtfToFile(job.input, job.path, monitor);
       },
-      [job, ownerWatch](bool cancelled) {
-        GtkWindow* owner = ownerWatch->window();
-        if (!owner) return;
-        if (cancelled || job->result == ExportResult::Cancelled) return Tell(owner, kRtfFailedOrCancelled);
-        if (job->result != ExportResult::Ok) return TellRtfWriteResult(owner, job->result, job->path);
+      [](GtkWindow* owner, bool cancelled, const StyledJob<RtfExportInput>& job) {
+        if (cancelled || job.result == ExportResult::Cancelled) return Tell(owner, kRtfFailedOrCancelled);
+        if (job.result != ExportResult::Ok) return TellRtfWriteResult(owner, job.result, job.path);
         // A small RTF is reported as the quick write reports it.
-        if (FileSize(job->path) < kRtfWorkerThreshold) return Tell(owner, RtfDoneText(job->path));
-        Tell(owner, RtfDoneTimedText(NowMs() - job->started, job->path));
+        if (FileSize(job.path) < kRtfWorkerThreshold) return Tell(owner, RtfDoneText(job.path));
+        Tell(owner, RtfDoneTimedText(NowMs() - job.started, job.path));
       });
   return true;
 }

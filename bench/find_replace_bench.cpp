@@ -98,11 +98,7 @@ bool Load(const std::string& path) {
   return loaded;
 }
 
-std::string EditorText() {
-  const auto length = sci::Send(app::gMain.editor, sci::SCI_GETLENGTH);
-  return std::string(reinterpret_cast<const char*>(sci::Send(app::gMain.editor, sci::SCI_GETCHARACTERPOINTER)),
-                     static_cast<size_t>(length));
-}
+std::string EditorText() { return std::string(sci::DocumentText(app::gMain.editor)); }
 
 }  // namespace
 

@@ -88,7 +88,9 @@ void OnEditorNotify(GtkWidget*, gint, SCNotification* n, gpointer) {
             UpdateTitle();
             RefreshToolbar();
           }
-          if (n->modificationType & SC_MOD_INSERTTEXT) appearance::GuardLongLines(gMain.editor, n->position);
+          if (n->modificationType & SC_MOD_INSERTTEXT) {
+            appearance::GuardLongLines(gMain.editor, n->position, {n->text ? n->text : "", n->text ? static_cast<size_t>(n->length) : 0});
+          }
           document::NoteChangeForRecovery(MainDocumentWindow());
           UpdateStatus();
           if (n->linesAdded != 0) appearance::UpdateMargin(gMain.margin);
@@ -236,6 +238,9 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   appearance::HideOwnMargins(editor);
   Send(editor, SCI_SETMARGINLEFT, 0, 4);
   Send(editor, SCI_SETMARGINRIGHT, 0, 4);
+  // Layouts of every line on the screen are kept between paints, not only the caret's: a line of
+  // megabytes is laid out once, not again on each scroll.
+  Send(editor, SCI_SETLAYOUTCACHE, SC_CACHE_PAGE);
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);
 
   if (gViewerMode) {

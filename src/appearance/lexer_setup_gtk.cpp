@@ -1,5 +1,7 @@
 #include "appearance/lexer_setup_gtk.h"
 
+#include <algorithm>
+
 #include "appearance/current_theme.h"
 #include "appearance/style_maps.h"
 #include "common/colour.h"
@@ -85,12 +87,6 @@ void ApplyLanguageStyles(GtkWidget* editor) {
 
 namespace {
 
-// The document's text as one run of bytes (the editor closes its gap for it).
-std::string_view EditorText(GtkWidget* editor) {
-  const auto* text = reinterpret_cast<const char*>(Send(editor, SCI_GETCHARACTERPOINTER));
-  return {text ? text : "", text ? static_cast<size_t>(Send(editor, SCI_GETLENGTH)) : 0};
-}
-
 void ApplyPlainStyling(GtkWidget* editor, const ThemeColors& t) {
   const CreateLexerFunction create = CreateLexerFn();
   if (create) {
@@ -116,7 +112,7 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
   // Past the size limit every document, plain text too, is shown without colours and unwrapped:
   // wrapping millions of lines in one go (Ctrl+End) stops the window for minutes.
   if (length > kLargeDocumentLimit) gPlainReason = PlainReason::LargeDocument;
-  else gPlainReason = id == kLangPlainText ? PlainReason::None : PlainReasonFor(EditorText(editor));
+  else gPlainReason = PlainReasonFor(DocumentText(editor), id != kLangPlainText);
   ApplyWordWrap(editor);
   bool plain = id == kLangPlainText || !create || gPlainReason != PlainReason::None;
   if (!plain) {
@@ -137,19 +133,36 @@ void SetupLexer(GtkWidget* editor, const std::string& path) {
 }
 
 void ApplyWordWrap(GtkWidget* editor) {
-  const bool wrap = settings::gSettings.wordWrap && gPlainReason != PlainReason::LargeDocument;
+  const bool wrap = settings::gSettings.wordWrap && !Unwrapped(gPlainReason);
   Send(editor, SCI_SETWRAPMODE, wrap ? SC_WRAP_WORD : SC_WRAP_NONE);
   Send(editor, SCI_SETHSCROLLBAR, !wrap);
+  // Scintilla goes on laying lines out at the old wrap width until it next wraps; making a line
+  // visible wraps at once.
+  if (!wrap) Send(editor, SCI_ENSUREVISIBLE, 0);
 }
 
-bool GuardLongLines(GtkWidget* editor, sptr_t position) {
-  if (gLanguage == kLangPlainText || gPlainReason != PlainReason::None) return false;
-  const sptr_t line = Send(editor, SCI_LINEFROMPOSITION, static_cast<uptr_t>(position));
+bool GuardLongLines(GtkWidget* editor, sptr_t position, std::string_view inserted) {
+  if (gPlainReason == PlainReason::LargeDocument) return false;
+  const bool coloured = gLanguage != kLangPlainText;
   PlainReason reason = PlainReason::None;
-  if (static_cast<size_t>(Send(editor, SCI_GETLENGTH)) > kLargeDocumentLimit) reason = PlainReason::LargeDocument;
-  else if (static_cast<size_t>(Send(editor, SCI_LINELENGTH, static_cast<uptr_t>(line))) > kLongLineLimit) reason = PlainReason::LongLine;
-  if (reason == PlainReason::None) return false;
+  if (static_cast<size_t>(Send(editor, SCI_GETLENGTH)) > kLargeDocumentLimit) {
+    reason = PlainReason::LargeDocument;
+  } else {
+    // The first and last lines of the insertion joined text that was there; the ones between
+    // are the inserted text's own.
+    const auto lineLength = [&](sptr_t at) {
+      return static_cast<size_t>(Send(editor, SCI_LINELENGTH, static_cast<uptr_t>(Send(editor, SCI_LINEFROMPOSITION, static_cast<uptr_t>(at)))));
+    };
+    const size_t joined = std::max(lineLength(position), lineLength(position + static_cast<sptr_t>(inserted.size())));
+    if (joined > kUnwrappedLineLimit || HasLineLongerThan(inserted, kUnwrappedLineLimit)) reason = PlainReason::UnwrappedLine;
+    else if (coloured && (joined > kLongLineLimit || HasLineLongerThan(inserted, kLongLineLimit))) reason = PlainReason::LongLine;
+  }
+  const PlainReason before = gPlainReason;
+  if (reason <= before) return false;
   gPlainReason = reason;
+  // Unwrapped at once, before the caret is scrolled into view and the line laid out.
+  if (Unwrapped(reason)) ApplyWordWrap(editor);
+  if (!coloured || before != PlainReason::None) return true;
   // Not from inside the change's own notification: before the next paint styles the line.
   g_object_ref(editor);
   g_idle_add_full(G_PRIORITY_HIGH, [](gpointer data) -> gboolean {

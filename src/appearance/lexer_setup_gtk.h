@@ -5,6 +5,7 @@
 #include <gtk/gtk.h>
 
 #include <string>
+#include <string_view>
 
 #include "appearance/themes.h"
 #include "scintilla/scintilla_api.h"
@@ -17,12 +18,14 @@ void SetDefaultStyleFromFont(GtkWidget* editor, const ThemeColors& t);
 void ApplyLanguageStyles(GtkWidget* editor);
 // Chooses the language from the path and installs its lexer, keywords and styles.
 void SetupLexer(GtkWidget* editor, const std::string& path);
-// Word wrap as the settings say, except for a document past the size limit, which stays unwrapped;
-// the horizontal scroll bar shows exactly when lines are not wrapped.
+// Word wrap as the settings say, except for a document past the size limit or with a line of
+// megabytes, which stays unwrapped; the horizontal scroll bar shows exactly when lines are not
+// wrapped.
 void ApplyWordWrap(GtkWidget* editor);
-// After text went in at `position`: a line grown past the long-line limit (or a document past
-// the size limit) turns the language's colours off before they are worked out. True when it did.
-bool GuardLongLines(GtkWidget* editor, sci::sptr_t position);
+// After `inserted` went in at `position`: a line grown past the long-line limit turns the
+// language's colours off before they are worked out, and one past the wrapping limit (or a
+// document past the size limit) turns wrapping off too. True when it did.
+bool GuardLongLines(GtkWidget* editor, sci::sptr_t position, std::string_view inserted);
 // Scintilla's own margins stay hidden: the line numbers are drawn beside the editor.
 void HideOwnMargins(GtkWidget* editor);
 // Paints the editor's scroll bars in the theme's colours (trough in the text's background, the

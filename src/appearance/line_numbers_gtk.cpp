@@ -11,6 +11,7 @@
 #include "gtk/drawn_parts_accessible_gtk.h"
 #include "gtk/object_ptr_gtk.h"
 #include "common/utf.h"
+#include "scintilla/caret_place_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/settings.h"
 
@@ -85,7 +86,7 @@ gboolean OnDraw(GtkWidget* margin, cairo_t* cr, gpointer) {
     view.firstVisibleLine = static_cast<long>(Send(e, SCI_GETFIRSTVISIBLELINE));
     view.textHeight = static_cast<int>(Send(e, SCI_TEXTHEIGHT, 0));
     view.clientHeight = height;
-    view.caretY = static_cast<int>(Send(e, SCI_POINTYFROMPOSITION, 0, Send(e, SCI_GETCURRENTPOS)));
+    view.caretY = CaretY(e);
     view.lineCount = static_cast<long>(Send(e, SCI_GETLINECOUNT));
     const int h = view.textHeight < 1 ? 16 : view.textHeight;
     const auto docLine = [e](long display) {

@@ -8,6 +8,7 @@
 #include "gtk/drawn_parts_accessible_gtk.h"
 #include "gtk/drawing_gtk.h"
 #include "gtk/object_ptr_gtk.h"
+#include "scintilla/caret_place_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 
 namespace nebro::appearance {
@@ -158,7 +159,7 @@ void UpdateStatusBar(GtkWidget* statusBar, document::TextEncoding encoding, cons
   StatusInput in;
   const sptr_t caret = Send(e, SCI_GETCURRENTPOS);
   in.firstVisibleLine = static_cast<long>(Send(e, SCI_GETFIRSTVISIBLELINE));
-  in.caretY = static_cast<int>(Send(e, SCI_POINTYFROMPOSITION, 0, caret));
+  in.caretY = CaretY(e);
   in.textHeight = static_cast<int>(Send(e, SCI_TEXTHEIGHT, 0));
   in.column = static_cast<long>(Send(e, SCI_GETCOLUMN, static_cast<uptr_t>(caret)));
   const sptr_t start = Send(e, SCI_GETSELECTIONSTART), end = Send(e, SCI_GETSELECTIONEND);

@@ -61,13 +61,23 @@ bool DocumentBuilder::Finish() {
   SendPtr(editor_, SCI_SETDOCPOINTER, 0, document);
   SendPtr(editor_, SCI_RELEASEDOCUMENT, 0, document);
   if (replaced) ReleaseDocumentAside(replaced);
+  // A line of megabytes is not wrapped (the language setup says so in the status bar). Scintilla
+  // keeps the old wrap width until it next wraps, which making line 0 visible does at once.
+  if (appearance::HasLineLongerThan(DocumentText(editor_), appearance::kUnwrappedLineLimit)) {
+    Send(editor_, SCI_SETWRAPMODE, SC_WRAP_NONE);
+    Send(editor_, SCI_ENSUREVISIBLE, 0);
+  }
   if (length_ < kAccessibleLimit) Send(editor_, SCI_SETACCESSIBILITY, SC_ACCESSIBILITY_ENABLED);
   Send(editor_, SCI_SETCODEPAGE, SC_CP_UTF8);
   // A loader's document comes without undo collection; edits of a loaded file are undoable too.
   Send(editor_, SCI_SETUNDOCOLLECTION, 1);
   Send(editor_, SCI_EMPTYUNDOBUFFER);
   Send(editor_, SCI_SETSAVEPOINT);
-  Send(editor_, SCI_GOTOPOS, 0);
+  // The caret and the view go to the start without scrolling the caret into view, which would lay
+  // out its line on the spot (a second for a line of 100 MB); the first paint does that.
+  Send(editor_, SCI_SETEMPTYSELECTION, 0);
+  Send(editor_, SCI_SETFIRSTVISIBLELINE, 0);
+  Send(editor_, SCI_SETXOFFSET, 0);
   return true;
 }
 

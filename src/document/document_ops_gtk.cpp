@@ -47,9 +47,8 @@ void DocumentBecame(const DocumentWindow& w, const std::string& path) {
 
 bool SaveTo(const DocumentWindow& w, const std::string& path) {
   GtkWidget* editor = w.editor;
-  const auto length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
-  const char* text = reinterpret_cast<const char*>(Send(editor, SCI_GETCHARACTERPOINTER));
-  const SaveResult result = SaveDocumentFile(path, text, length, w.doc->encoding, w.doc->lockFd);
+  const std::string_view text = DocumentText(editor);
+  const SaveResult result = SaveDocumentFile(path, text.data(), text.size(), w.doc->encoding, w.doc->lockFd);
   if (!result.Ok()) {
     Trace("Nebro: ERROR - Cannot save %s: %s", path.c_str(), result.detail.c_str());
     ShowMessageBox(w.owner, kMbOk, std::string(kTextCannotSave) + "\n" + SaveFailureReason(result),

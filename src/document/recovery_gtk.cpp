@@ -38,12 +38,6 @@ std::atomic<unsigned> generation{0};
 
 std::string OwnCopyFile() { return RecoveryFileFor(settings::GetSettingsFolder(), getpid()); }
 
-std::string EditorText(GtkWidget* editor) {
-  const auto length = static_cast<size_t>(Send(editor, SCI_GETLENGTH));
-  const auto* text = reinterpret_cast<const char*>(Send(editor, SCI_GETCHARACTERPOINTER));
-  return text ? std::string(text, length) : std::string();
-}
-
 int64_t Now() { return static_cast<int64_t>(std::time(nullptr)); }
 
 gboolean OnCopyDue(gpointer) {
@@ -57,7 +51,7 @@ gboolean OnCopyDue(gpointer) {
     return G_SOURCE_REMOVE;
   }
   lastCopy = Clock::now();
-  std::thread([file = OwnCopyFile(), path = window->doc->path, text = EditorText(window->editor),
+  std::thread([file = OwnCopyFile(), path = window->doc->path, text = std::string(DocumentText(window->editor)),
                turn = generation.load()] {
     const std::lock_guard<std::mutex> lock(diskTurn);
     if (turn != generation.load()) return;
@@ -95,7 +89,7 @@ void KeepRecoveryCopyNow(const DocumentWindow& w) {
   const std::lock_guard<std::mutex> lock(diskTurn);
   ++generation;
   if (!w.doc->modified || static_cast<size_t>(Send(w.editor, SCI_GETLENGTH)) > kRecoveryLimit) return;
-  if (WriteRecoveryCopy(OwnCopyFile(), w.doc->path, Now(), EditorText(w.editor))) {
+  if (WriteRecoveryCopy(OwnCopyFile(), w.doc->path, Now(), std::string(DocumentText(w.editor)))) {
     Trace("Nebro: Unsaved text kept as a recovery copy");
   }
 }

@@ -121,6 +121,13 @@ void ReleaseDocumentAside(void* document) {
   }
 }
 
+std::string_view DocumentText(GtkWidget* editor) {
+  const sptr_t length = Send(editor, SCI_GETLENGTH);
+  if (length <= 0) return {};
+  const auto* text = reinterpret_cast<const char*>(Send(editor, SCI_GETRANGEPOINTER, 0, length));
+  return text ? std::string_view(text, static_cast<size_t>(length)) : std::string_view();
+}
+
 sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam, std::source_location where) {
   if (!sendMessage || !editor) return 0;
   const sptr_t result = sendMessage(editor, message, wParam, lParam);

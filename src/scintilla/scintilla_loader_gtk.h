@@ -6,6 +6,7 @@
 
 #include <source_location>
 #include <string>
+#include <string_view>
 
 #include "common/install_paths.h"
 #include "scintilla/scintilla_api.h"
@@ -46,6 +47,12 @@ inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void
                       std::source_location where = std::source_location::current()) {
   return Send(editor, static_cast<unsigned int>(message), wParam, reinterpret_cast<sptr_t>(p), where);
 }
+
+// The document's bytes where the editor keeps them, without a copy; valid until the next change.
+// Asked as a range, which at most moves Scintilla's gap: SCI_GETCHARACTERPOINTER also needs room
+// after the text, and a document fresh from the loader has none, so it would copy the whole
+// buffer to grow it (seconds for a gigabyte).
+std::string_view DocumentText(GtkWidget* editor);
 
 // The folder searched first ("beside the executable").
 using nebro::ExecutableFolder;

@@ -72,13 +72,6 @@ FindWindow* gOpen = nullptr;
 
 // --- the editor -------------------------------------------------------------------------------
 
-// The document's bytes where the editor keeps them, without a copy. Valid until the next change.
-std::string_view DocumentText(GtkWidget* editor) {
-  const sptr_t length = Send(editor, SCI_GETLENGTH);
-  const auto* text = reinterpret_cast<const char*>(Send(editor, SCI_GETCHARACTERPOINTER));
-  return text && length > 0 ? std::string_view(text, static_cast<size_t>(length)) : std::string_view();
-}
-
 // Only what differs is set: the editor lays out (and re-wraps) every line of the document again
 // after any change of an indicator's look, which takes seconds on a large document.
 void StyleIndicator(GtkWidget* editor, const FindIndicatorStyle& style) {

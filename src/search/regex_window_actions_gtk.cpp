@@ -23,11 +23,7 @@ namespace {
 // The editor indicator of the match highlights (Find & Replace draws with 8 to 10).
 constexpr int kHighlightIndicator = 12;
 
-std::string EditorText(GtkWidget* editor) {
-  const auto length = static_cast<size_t>(Send(editor, sci::SCI_GETLENGTH));
-  const char* text = reinterpret_cast<const char*>(Send(editor, sci::SCI_GETCHARACTERPOINTER));
-  return text ? std::string(text, length) : std::string();
-}
+std::string EditorText(GtkWidget* editor) { return std::string(sci::DocumentText(editor)); }
 
 void PrepareIndicator(GtkWidget* editor) {
   Send(editor, sci::SCI_INDICSETSTYLE, kHighlightIndicator, sci::INDIC_STRAIGHTBOX);

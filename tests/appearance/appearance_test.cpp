@@ -1,10 +1,14 @@
 #include "appearance/languages.h"
+#include "appearance/plain_styling.h"
 #include "appearance/style_maps.h"
 #include "appearance/themes.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <clocale>
+#include <random>
+#include <string>
 
 using namespace nebro;
 using namespace nebro::appearance;
@@ -74,4 +78,37 @@ TEST(StyleMaps, FontFlagsAndCodeBackgrounds) {
     }
   }
   EXPECT_EQ(seen, 3);
+}
+
+TEST(PlainStyling, LongLinesAreFoundWhereverTheyAreAndWhateverEndsThem) {
+  // Against counting every line: random texts of short and long runs, ended by LF, CRLF or CR.
+  const auto longest = [](const std::string& text) {
+    size_t best = 0, run = 0;
+    for (char c : text) {
+      run = (c == '\n' || c == '\r') ? 0 : run + 1;
+      best = std::max(best, run);
+    }
+    return best;
+  };
+  std::mt19937 random(7);
+  const char* ends[] = {"\n", "\r\n", "\r"};
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    const int lines = static_cast<int>(random() % 12);
+    for (int i = 0; i < lines; ++i) {
+      text += std::string(random() % 3 == 0 ? random() % 300 : random() % 12, 'x');
+      if (i + 1 < lines || random() % 2) text += ends[random() % 3];
+    }
+    for (size_t limit : {size_t{0}, size_t{1}, size_t{11}, size_t{100}, size_t{299}}) {
+      EXPECT_EQ(HasLineLongerThan(text, limit), longest(text) > limit) << "limit " << limit << ", text of " << text.size();
+    }
+  }
+  // Which reason a text gets: the wrapping limit counts in every language, the colour limit only
+  // in coloured ones.
+  const std::string wide(kUnwrappedLineLimit + 1, 'w');
+  const std::string longish(kLongLineLimit + 1, 'l');
+  EXPECT_EQ(PlainReasonFor("a\n" + longish + "\n", false), PlainReason::None);
+  EXPECT_EQ(PlainReasonFor("a\n" + longish + "\n", true), PlainReason::LongLine);
+  EXPECT_EQ(PlainReasonFor("a\r" + wide, false), PlainReason::UnwrappedLine);
+  EXPECT_EQ(PlainReasonFor(wide + "\r\n", true), PlainReason::UnwrappedLine);
 }

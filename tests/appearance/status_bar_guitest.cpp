@@ -157,6 +157,33 @@ TEST_F(StatusBarTest, AVeryLongLineTurnsTheColoursOffAndSaysSo) {
   EXPECT_NE(StatusBarTexts(gMain.statusBar)[0].find("No colours: a line is longer"), std::string::npos);
 }
 
+TEST_F(StatusBarTest, ALineOfMegabytesIsNotWrappedAndTheLinesStillFollowTheScreen) {
+  ASSERT_TRUE(settings::gSettings.wordWrap);
+  const std::string notice = "   No colours or wrapping: a line is longer than 1 MB";
+  std::string text = std::string(kUnwrappedLineLimit + 1, 'w') + "\n";
+  for (int i = 2; i <= 300; ++i) text += "line " + std::to_string(i) + "\n";
+  ASSERT_TRUE(LoadDocument(WriteFile("wide.txt", text)));
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_NONE);
+  EXPECT_TRUE(settings::gSettings.wordWrap);  // the setting stays for the next document
+  ExpectShows(0, "  Ln 1, Col 1" + notice);
+  Send(SCI_GOTOPOS, Send(SCI_POSITIONFROMLINE, 110) + 3);
+  for (int top : {100, 0}) {
+    Send(SCI_SETFIRSTVISIBLELINE, top);
+    Pump(gMain.window);
+    ExpectShows(0, "  Ln 111, Col 4" + notice);
+  }
+
+  // Typed (or pasted) into a wrapped document, such a line ends the wrapping before the caret is
+  // scrolled to its end.
+  ASSERT_TRUE(RunCommand(gMain.commands, kCmdNew));
+  ASSERT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_WORD);
+  Type("short\n");
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_WORD);
+  Type(std::string(kUnwrappedLineLimit + 1, 'p').c_str());
+  EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_NONE);
+  ExpectShows(0, "  Ln 2, Col " + std::to_string(kUnwrappedLineLimit + 2) + notice);
+}
+
 TEST_F(StatusBarTest, AFilePastTheSizeLimitIsNeitherColouredNorWrapped) {
   ASSERT_TRUE(settings::gSettings.wordWrap);
   std::string huge;

@@ -106,7 +106,11 @@ SaveResult SaveDocumentFile(const std::string& path, const char* text, size_t le
   // midway (a full disk) refuses the save.
   const std::string folder = settings::GetSettingsFolder();
   const bool canKeep = !folder.empty() && faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) == 0;
-  const std::string backup = canKeep ? RecoveryBackupFileFor(folder, getpid()) : "";
+  // A copy left by an earlier save whose write-back failed stays: it holds the older content.
+  std::string backup;
+  for (int turn = 1; canKeep && (backup.empty() || access(backup.c_str(), F_OK) == 0); ++turn) {
+    backup = RecoveryBackupFileFor(folder, getpid(), turn);
+  }
   options.backupBeforeInPlace = [&](int fd, uint64_t size) {
     return backup.empty() || WriteRecoveryBackup(backup, path, static_cast<int64_t>(std::time(nullptr)), fd, size);
   };

@@ -39,8 +39,9 @@ std::string RecoveryFileFor(const std::string& folder, pid_t pid) {
   return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kSuffix);
 }
 
-std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid) {
-  return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kBackupTag) + std::string(kSuffix);
+std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid, int turn) {
+  return folder + "/" + std::string(kPrefix) + std::to_string(pid) + std::string(kBackupTag) +
+         (turn > 1 ? std::to_string(turn) : std::string()) + std::string(kSuffix);
 }
 
 namespace {
@@ -170,9 +171,11 @@ std::vector<RecoveryCopy> FindOrphanedRecoveryCopies(const std::string& folder) 
       continue;
     }
     std::string number(name.substr(kPrefix.size(), name.size() - kPrefix.size() - kSuffix.size()));
-    const bool backup = number.size() > kBackupTag.size() &&
-                        number.compare(number.size() - kBackupTag.size(), kBackupTag.size(), kBackupTag) == 0;
-    if (backup) number.resize(number.size() - kBackupTag.size());
+    // "<pid>-old" or "<pid>-old<turn>" for a file's old content.
+    const size_t tag = number.rfind(kBackupTag);
+    const bool backup = tag != std::string::npos && tag > 0 &&
+                        number.find_first_not_of("0123456789", tag + kBackupTag.size()) == std::string::npos;
+    if (backup) number.resize(tag);
     char* end = nullptr;
     const long pid = std::strtol(number.c_str(), &end, 10);
     if (number.empty() || *end || pid <= 0 || EditorProcessRunning(static_cast<pid_t>(pid))) continue;

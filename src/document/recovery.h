@@ -31,8 +31,9 @@ struct RecoveryCopy {
 std::string RecoveryFileFor(const std::string& folder, pid_t pid);
 
 // "<folder>/recovery_<pid>-old.txt": the old content of a file while a save rewrites it in
-// place (a file with other hard links, in a folder that takes no new file...).
-std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid);
+// place (a file with other hard links, in a folder that takes no new file...). A later `turn`
+// names another ("-old2.txt"...), for a save while an earlier copy could not be written back.
+std::string RecoveryBackupFileFor(const std::string& folder, pid_t pid, int turn = 1);
 
 // The bytes of a copy, and the copy read back from them (false for anything else).
 std::string EncodeRecoveryCopy(const std::string& originalPath, int64_t writtenAt, std::string_view text);

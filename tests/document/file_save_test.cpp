@@ -238,6 +238,25 @@ static void KillSavesAtRandom(const std::string& path, const std::string& config
 // A file with a second name is rewritten in place, the one save a crash could leave half old,
 // half new. Killed at random moments during such saves, the editor always leaves the whole old
 // content, the whole new content, or the whole old content kept aside in the data folder.
+// A copy of a file's old content that an earlier save could not write back is older than anything
+// a later save could keep: it stays for the next start to offer.
+TEST(FileSave, AnEarlierKeptCopyOfTheOldContentOutlivesTheNextSave) {
+  TempFolder folder;
+  settings::SetConfigRoot(folder / "config");
+  std::filesystem::create_directories(settings::GetSettingsFolder());
+  const std::string path = folder / "doc.txt";
+  WriteBytes(path, "half new, half old\n");
+  ASSERT_EQ(link(path.c_str(), (folder / "other.txt").c_str()), 0);  // so it is rewritten in place
+  const std::string earlier = RecoveryBackupFileFor(settings::GetSettingsFolder(), getpid());
+  const std::string kept = EncodeRecoveryCopy(path, 1700000000, "the first version\n");
+  WriteBytes(earlier, kept);
+  Lock lock;
+  ASSERT_TRUE(Save(path, "new\n", TextEncoding::Utf8, lock.fd).Ok());
+  EXPECT_EQ(ReadBytes(folder / "other.txt"), "new\n");
+  EXPECT_EQ(ReadBytes(earlier), kept);
+  EXPECT_FALSE(std::filesystem::exists(RecoveryBackupFileFor(settings::GetSettingsFolder(), getpid(), 2)));
+}
+
 TEST(FileSave, KilledDuringAnInPlaceSaveTheOldContentSurvives) {
   TempFolder folder;
   const std::string path = folder / "doc.txt";

@@ -24,13 +24,20 @@ TEST(RecoveryCopies, OnlyWholeCopiesOfEndedEditorsAreFound) {
   WriteBytes(RecoveryFileFor(folder.Path(), 999999991), "not a copy");
   WriteBytes(folder.Path() + "/recovery_x.txt", whole);
   WriteBytes(folder.Path() + "/notes.txt", whole);
+  WriteBytes(folder.Path() + "/recovery_12-oldx.txt", whole);
+  // Old contents kept by two saves of the ended editor (the first could not be written back).
+  WriteBytes(RecoveryBackupFileFor(folder.Path(), ended), EncodeRecoveryCopy("/home/u/b.txt", 1600000000, "b"));
+  WriteBytes(RecoveryBackupFileFor(folder.Path(), ended, 2), EncodeRecoveryCopy("/home/u/b.txt", 1600000001, "b2"));
 
   const std::vector<RecoveryCopy> found = FindOrphanedRecoveryCopies(folder.Path());
-  ASSERT_EQ(found.size(), 1u);
-  EXPECT_EQ(found[0].pid, ended);
-  EXPECT_EQ(found[0].originalPath, "/home/u/a.txt");
-  EXPECT_EQ(found[0].writtenAt, 1700000000);
-  EXPECT_EQ(found[0].text, text);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_EQ(found[2].pid, ended);
+  EXPECT_EQ(found[2].originalPath, "/home/u/a.txt");
+  EXPECT_EQ(found[2].writtenAt, 1700000000);
+  EXPECT_EQ(found[2].text, text);
+  EXPECT_FALSE(found[2].beforeSave);
+  EXPECT_TRUE(found[0].beforeSave && found[1].beforeSave);
+  EXPECT_EQ(found[0].text + found[1].text, "bb2");
 
   // This test's own process is running but is no editor; a number nobody has is not running.
   EXPECT_FALSE(EditorProcessRunning(getpid()));

@@ -241,6 +241,10 @@ bool CreateMainWindow(const char* caption, int x, int y, int width, int height, 
   // Layouts of every line on the screen are kept between paints, not only the caret's: a line of
   // megabytes is laid out once, not again on each scroll.
   Send(editor, SCI_SETLAYOUTCACHE, SC_CACHE_PAGE);
+  // Unwrapped, the horizontal scroll bar reaches the end of the widest line shown so far, where
+  // Scintilla would otherwise assume 2,000 pixels.
+  Send(editor, SCI_SETSCROLLWIDTHTRACKING, 1);
+  Send(editor, SCI_SETSCROLLWIDTH, 1);
   g_signal_connect(editor, kNotifySignal, G_CALLBACK(OnEditorNotify), nullptr);
 
   if (gViewerMode) {

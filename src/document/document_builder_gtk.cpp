@@ -81,6 +81,7 @@ bool DocumentBuilder::Finish() {
   Send(editor_, SCI_SETEMPTYSELECTION, 0);
   Send(editor_, SCI_SETFIRSTVISIBLELINE, 0);
   Send(editor_, SCI_SETXOFFSET, 0);
+  Send(editor_, SCI_SETSCROLLWIDTH, 1);  // grows again with the new document's lines
   return true;
 }
 

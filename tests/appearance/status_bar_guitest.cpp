@@ -166,6 +166,9 @@ TEST_F(StatusBarTest, ALineOfMegabytesIsNotWrappedAndTheLinesStillFollowTheScree
   EXPECT_EQ(Send(SCI_GETWRAPMODE), SC_WRAP_NONE);
   EXPECT_TRUE(settings::gSettings.wordWrap);  // the setting stays for the next document
   ExpectShows(0, "  Ln 1, Col 1" + notice);
+  // The horizontal scroll bar reaches the end of the line.
+  const sptr_t lineWidth = Send(SCI_POINTXFROMPOSITION, 0, Send(SCI_GETLINEENDPOSITION, 0)) - Send(SCI_POINTXFROMPOSITION, 0, 0);
+  EXPECT_TRUE(WaitUntil([&] { return Send(SCI_GETSCROLLWIDTH) >= lineWidth; }, 5)) << Send(SCI_GETSCROLLWIDTH);
   Send(SCI_GOTOPOS, Send(SCI_POSITIONFROMLINE, 110) + 3);
   for (int top : {100, 0}) {
     Send(SCI_SETFIRSTVISIBLELINE, top);

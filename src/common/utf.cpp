@@ -24,14 +24,25 @@ void AppendUtf8(std::string& out, char32_t c) {
   }
 }
 
-void AppendUtf16(std::u16string& out, char32_t c) {
-  if (c >= 0x10000) {
-    c -= 0x10000;
-    out.push_back(static_cast<char16_t>(0xD800 + (c >> 10)));
-    out.push_back(static_cast<char16_t>(0xDC00 + (c & 0x3FF)));
-  } else {
-    out.push_back(static_cast<char16_t>(c));
+namespace {
+
+// Writes `c` as one unit or a surrogate pair at `out`; returns the end of what it wrote.
+char16_t* PutUtf16(char16_t* out, char32_t c) {
+  if (c < 0x10000) {
+    *out++ = static_cast<char16_t>(c);
+    return out;
   }
+  c -= 0x10000;
+  *out++ = static_cast<char16_t>(0xD800 + (c >> 10));
+  *out++ = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+  return out;
+}
+
+}  // namespace
+
+void AppendUtf16(std::u16string& out, char32_t c) {
+  char16_t units[2];
+  out.append(units, PutUtf16(units, c));
 }
 
 char32_t DecodeUtf8At(std::string_view text, size_t pos, size_t* length) {
@@ -88,15 +99,8 @@ std::u16string Utf8ToUtf16(std::string_view in) {
       continue;
     }
     size_t len;
-    char32_t c = DecodeUtf8At(in, i, &len);
+    o = PutUtf16(o, DecodeUtf8At(in, i, &len));
     i += len;
-    if (c >= 0x10000) {
-      c -= 0x10000;
-      *o++ = static_cast<char16_t>(0xD800 + (c >> 10));
-      *o++ = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-    } else {
-      *o++ = static_cast<char16_t>(c);
-    }
   }
   out.resize(static_cast<size_t>(o - out.data()));
   return out;

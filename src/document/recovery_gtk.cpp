@@ -51,7 +51,7 @@ gboolean OnCopyDue(gpointer) {
     return G_SOURCE_REMOVE;
   }
   lastCopy = Clock::now();
-  std::thread([file = OwnCopyFile(), path = window->doc->path, text = std::string(DocumentText(window->editor)),
+  std::thread([file = OwnCopyFile(), path = window->doc->path, text = DocumentCopy(window->editor),
                turn = generation.load()] {
     const std::lock_guard<std::mutex> lock(diskTurn);
     if (turn != generation.load()) return;
@@ -89,7 +89,7 @@ void KeepRecoveryCopyNow(const DocumentWindow& w) {
   const std::lock_guard<std::mutex> lock(diskTurn);
   ++generation;
   if (!w.doc->modified || static_cast<size_t>(Send(w.editor, SCI_GETLENGTH)) > kRecoveryLimit) return;
-  if (WriteRecoveryCopy(OwnCopyFile(), w.doc->path, Now(), std::string(DocumentText(w.editor)))) {
+  if (WriteRecoveryCopy(OwnCopyFile(), w.doc->path, Now(), DocumentCopy(w.editor))) {
     Trace("Nebro: Unsaved text kept as a recovery copy");
   }
 }

@@ -193,7 +193,7 @@ void RunStyledExport(GtkWindow* owner, GtkWidget* editor, ProgressOptions progre
 // --- plain text ---------------------------------------------------------------------------
 
 bool ExportPlainTextTo(GtkWindow* owner, GtkWidget* editor, const std::string& path) {
-  const std::string text = print::EditorText(editor);
+  const std::string text = sci::DocumentCopy(editor);
   if (WritePlainTextExport(text, path) == ExportResult::CannotCreate) {
     Tell(owner, kPlainTextCannotCreate);
     return false;
@@ -340,7 +340,7 @@ bool ExportPdfOf(GtkWindow* owner, GtkWidget* editor, const std::string& documen
   // Markdown is printed as the rendered page the HTML export writes.
   if (markdown) return markdown::ExportMarkdownPdf(owner, editor, documentPath, s, path);
   auto job = std::make_shared<PdfJob>();
-  job->text = print::EditorText(editor);
+  job->text = sci::DocumentCopy(editor);
   job->style = print::PageStyleFromSettings(s);
   job->path = path;
   job->lines = lines;
@@ -378,7 +378,7 @@ std::string PdfDoneQuestion(uint64_t milliseconds) {
 
 void OpenAsPlainTextInViewer(GtkWindow* owner, GtkWidget* editor) {
   const std::string path = settings::MakeTempPath(settings::GetSettingsFolder(), ".txt");
-  if (path.empty() || WriteExportFile(path, print::EditorText(editor)) != ExportResult::Ok) return;
+  if (path.empty() || WriteExportFile(path, sci::DocumentCopy(editor)) != ExportResult::Ok) return;
   LaunchViewer(owner, path);
 }
 

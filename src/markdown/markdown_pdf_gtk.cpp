@@ -24,7 +24,7 @@
 #include "gtk/object_ptr_gtk.h"
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
-#include "print/print_job_gtk.h"
+#include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 
 namespace nebro::markdown {
@@ -248,7 +248,7 @@ bool WriteMarkdownPdf(std::string_view markdownUtf8, const MarkdownPageOptions& 
 bool ExportMarkdownPdf(GtkWindow* owner, GtkWidget* editor, const std::string& documentPath,
                        const settings::AppSettings& s, const std::string& outputPath) {
   auto job = std::make_shared<MarkdownPdfJob>();
-  job->text = print::EditorText(editor);
+  job->text = sci::DocumentCopy(editor);
   job->options = {documentPath, Utf16ToUtf8(settings::FieldText(s.fontName)), s.fontSize, s.theme};
   job->sheet = print::PageStyleFromSettings(s);
   job->outputPath = outputPath;

@@ -18,7 +18,6 @@
 #include "gtk/progress_gtk.h"
 #include "gtk/viewer_launch_gtk.h"
 #include "markdown/markdown_html.h"
-#include "print/print_job_gtk.h"
 #include "scintilla/scintilla_loader_gtk.h"
 #include "settings/data_folder.h"
 
@@ -121,7 +120,7 @@ bool ExportMarkdown(GtkWindow* owner, GtkWidget* editor, const std::string& docu
   }
   auto job = std::make_shared<MarkdownJob>();
   job->rendering = std::make_shared<Rendering>();
-  job->rendering->text = print::EditorText(editor);
+  job->rendering->text = sci::DocumentCopy(editor);
   job->rendering->options = {documentPath, Utf16ToUtf8(settings::FieldText(s.fontName)), s.fontSize, s.theme};
   job->rendering->path = path;
   job->lineCount = static_cast<int32_t>(std::min<sci::sptr_t>(sci::Send(editor, sci::SCI_GETLINECOUNT), INT32_MAX));

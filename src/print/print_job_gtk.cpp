@@ -8,14 +8,6 @@
 
 namespace nebro::print {
 
-std::string EditorText(GtkWidget* editor) {
-  const auto length = static_cast<size_t>(sci::Send(editor, sci::SCI_GETLENGTH));
-  std::string text(length + 1, '\0');
-  sci::SendPtr(editor, sci::SCI_GETTEXT, length + 1, text.data());
-  text.resize(length);
-  return text;
-}
-
 void PrintPages(GtkWindow* owner, const PagedDocument& doc, const std::string& jobName) {
   if (doc.lines.empty()) {
     ShowMessageBox(owner, kMbOk, kPrintEmptyText, kPrintTitle);
@@ -36,7 +28,7 @@ void PrintPages(GtkWindow* owner, const PagedDocument& doc, const std::string& j
 
 void PrintEditor(GtkWindow* owner, GtkWidget* editor, const PageStyle& style,
                  const std::string& documentPath) {
-  const PagedDocument doc = PaginateDocument(EditorText(editor), style);
+  const PagedDocument doc = PaginateDocument(sci::DocumentCopy(editor), style);
   PrintPages(owner, doc, PrintDocumentName(documentPath));
 }
 

@@ -8,9 +8,6 @@
 
 namespace nebro::print {
 
-// The editor's whole text.
-std::string EditorText(GtkWidget* editor);
-
 // Shows the print dialog for `doc` and prints; `jobName` names the job ("Nebro Document" for a
 // document without a path). Tells the user when the document is empty or the job fails.
 void PrintPages(GtkWindow* owner, const PagedDocument& doc, const std::string& jobName);

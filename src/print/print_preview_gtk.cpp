@@ -9,6 +9,7 @@
 #include "gtk/progress_gtk.h"
 #include "gtk/themed_window_gtk.h"
 #include "print/print_job_gtk.h"
+#include "scintilla/scintilla_loader_gtk.h"
 #include "print/print_texts.h"
 #include "settings/settings.h"
 
@@ -136,7 +137,7 @@ void ShowPreviewWindow(GtkWindow* owner, PagedDocument doc) {
 }  // namespace
 
 void OpenPrintPreview(GtkWindow* owner, GtkWidget* editor, const PageStyle& style) {
-  auto text = std::make_shared<std::string>(EditorText(editor));
+  auto text = std::make_shared<std::string>(sci::DocumentCopy(editor));
   if (text->empty()) {
     ShowMessageBox(owner, kMbOk, kPreviewEmptyText, kPrintPreviewTitle);
     return;

@@ -128,6 +128,8 @@ std::string_view DocumentText(GtkWidget* editor) {
   return text ? std::string_view(text, static_cast<size_t>(length)) : std::string_view();
 }
 
+std::string DocumentCopy(GtkWidget* editor) { return std::string(DocumentText(editor)); }
+
 sptr_t Send(GtkWidget* editor, unsigned int message, uptr_t wParam, sptr_t lParam, std::source_location where) {
   if (!sendMessage || !editor) return 0;
   const sptr_t result = sendMessage(editor, message, wParam, lParam);

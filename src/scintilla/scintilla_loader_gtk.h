@@ -53,6 +53,8 @@ inline sptr_t SendPtr(GtkWidget* editor, long message, uptr_t wParam, const void
 // after the text, and a document fresh from the loader has none, so it would copy the whole
 // buffer to grow it (seconds for a gigabyte).
 std::string_view DocumentText(GtkWidget* editor);
+// A copy of it, for work that outlives the next change (a worker's, a file's).
+std::string DocumentCopy(GtkWidget* editor);
 
 // The folder searched first ("beside the executable").
 using nebro::ExecutableFolder;

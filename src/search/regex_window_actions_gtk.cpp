@@ -23,8 +23,6 @@ namespace {
 // The editor indicator of the match highlights (Find & Replace draws with 8 to 10).
 constexpr int kHighlightIndicator = 12;
 
-std::string EditorText(GtkWidget* editor) { return std::string(sci::DocumentText(editor)); }
-
 void PrepareIndicator(GtkWidget* editor) {
   Send(editor, sci::SCI_INDICSETSTYLE, kHighlightIndicator, sci::INDIC_STRAIGHTBOX);
   Send(editor, sci::SCI_INDICSETFORE, kHighlightIndicator, Rgb(255, 220, 0));
@@ -131,7 +129,7 @@ void OnRegexFindNext(RegexWindow& w, bool previous) {
     SetRegexStatus(w, kRegexInvalidPatternText);
     return;
   }
-  const std::string utf8 = EditorText(w.editor);
+  const std::string utf8 = sci::DocumentCopy(w.editor);
   const std::u16string text = Utf8ToUtf16(utf8);
   const auto caret = static_cast<uint64_t>(Send(w.editor, previous ? sci::SCI_GETANCHOR : sci::SCI_GETCURRENTPOS));
   const uint64_t from = Utf8OffsetToUtf16Index(utf8, caret);
@@ -200,7 +198,7 @@ void OnRegexReplaceAll(RegexWindow& w) {
     gtk_widget_set_sensitive(w.cancel, FALSE);
     gtk_widget_set_sensitive(w.findNext, TRUE);
   }
-  const RegexReplaceAllResult result = ReplaceAllText(Utf8ToUtf16(EditorText(w.editor)), pattern, replacement,
+  const RegexReplaceAllResult result = ReplaceAllText(Utf8ToUtf16(sci::DocumentCopy(w.editor)), pattern, replacement,
                                                       On(w.matchCase), On(w.wholeWord), On(w.preserveCase));
   if (result.status == RegexStatus::InvalidPattern) {
     SetRegexStatus(w, kRegexInvalidPatternText);
@@ -259,7 +257,7 @@ void OnRegexFindAll(RegexWindow& w) {
   request.findMore = findMore;
   // The one copy made here; the worker makes its own from it, so the window answers at once.
   w.runDocument = std::make_shared<RegexListDocument>();
-  w.runDocument->utf8 = EditorText(w.editor);
+  w.runDocument->utf8 = sci::DocumentCopy(w.editor);
 
   RegexRunReports reports;
   reports.status = [](const std::string& text, double fraction) {
